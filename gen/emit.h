@@ -1,0 +1,17 @@
+// Back-ends: C++ text of a body from its graph, one back-end per vector shape.
+#pragma once
+
+#include <string>
+
+#include "graph.h"
+
+namespace gen {
+
+// One real value per variable.  `single` bodies hold tvk32f values (with the
+// double-precision nodes of the mixed 3 and 5), the others tvk64f.
+std::string emitScalar(const Graph& g, bool single);
+
+// tvk64fc: one complex value per __m128d, real part in the low half.
+std::string emitInterleaved(const Graph& g);
+
+}  // namespace gen

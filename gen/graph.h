@@ -1,0 +1,120 @@
+// The expression graph of one Codelet body.
+//
+// A node is a vector of `width` complex values (width 1 for the scalar and the
+// interleaved back-ends, 4 for the split four-lane back-end).  Every operation
+// acts lane by lane: additions, subtractions, multiplications by a literal
+// complex constant per lane, lane shuffles, and the widening and narrowing
+// that the mixed-precision scalar bodies need.  Nodes are hash-consed, so an
+// expression built twice is one node.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "exact.h"
+
+namespace gen {
+
+constexpr int kMaxWidth = 4;
+
+enum class Op {
+    Input,    // elements of the source array, one per lane (-1: lane holds zero)
+    Zero,     // all lanes zero
+    Add,
+    Sub,
+    Mul,      // a times the constant of each lane
+    Shuffle,  // each lane copied from a lane of another node (or zero)
+    Widen,    // single to double precision, exact
+    Narrow,   // double to single precision, one rounding
+};
+
+// One complex value: lane `lane` of node `node`.
+struct Ref {
+    static constexpr int kMemory = -2;  // lane is then the element index of the source
+    static constexpr int kZero = -3;
+    int node = kZero;
+    int lane = 0;
+    static Ref memory(int element) { return {kMemory, element}; }
+    static Ref zero() { return {kZero, 0}; }
+    bool isZero() const { return node == kZero; }
+    bool isMemory() const { return node == kMemory; }
+};
+
+struct Node {
+    Op op = Op::Zero;
+    int a = -1, b = -1;                 // operands
+    bool isDouble = false;              // precision of the value (mixed-precision bodies)
+    std::array<int, kMaxWidth> element{-1, -1, -1, -1};  // Input
+    std::array<Complex, kMaxWidth> k{};                  // Mul
+    std::array<Ref, kMaxWidth> from{};                   // Shuffle
+};
+
+// A signal: the complex values of one transform's inputs or outputs.
+using Signal = std::vector<Ref>;
+// A batch: several independent signals of the same length.
+using Batch = std::vector<Signal>;
+// A constant per (signal of the batch, element): twiddles, Rader and Bluestein multipliers.
+using Multipliers = std::function<Complex(int signal, int element)>;
+
+class Graph {
+public:
+    explicit Graph(int width) : width_(width) {}
+    int width() const { return width_; }
+    const std::vector<Node>& nodes() const { return nodes_; }
+    const Node& node(int id) const { return nodes_[id]; }
+
+    // ---- node-level operations: every lane does the same ----
+    int zero();
+    int input(const std::array<int, kMaxWidth>& elements);
+    int add(int a, int b);
+    int sub(int a, int b);
+    int mul(int a, const Complex& c);  // the same constant in all lanes
+    int mulLanes(int a, const std::array<Complex, kMaxWidth>& c);
+    int shuffle(const std::array<Ref, kMaxWidth>& from);
+    int widen(int a);
+    int narrow(int a);
+
+    // ---- signal-level operations: lanes are assigned here ----
+    // Packs a list of values into ceil(n / width) nodes, value i in lane i % width.
+    std::vector<int> pack(const std::vector<Ref>& values);
+    // Multiplies every value of a signal by its constant (ones are skipped).
+    Signal scale(const Signal& s, const std::function<Complex(int)>& constant);
+    // Element-wise sum of two signals of the same length.
+    Signal add(const Signal& x, const Signal& y);
+
+    // Runs `kernel` (a straight-line transform on nodes, all lanes alike) on
+    // every signal of the batch, `width` signals at a time, one per lane.  If
+    // `pre` is given, input j of signal t is first multiplied by pre(t, j).
+    using Kernel = std::function<std::vector<int>(Graph&, const std::vector<int>&)>;
+    Batch lanewise(const Batch& in, const Kernel& kernel, const Multipliers& pre = {});
+
+    // The outputs of the body: element k of the destination.
+    void setOutputs(Signal out) { outputs_ = std::move(out); }
+    const Signal& outputs() const { return outputs_; }
+
+    // Nodes that reach an output, in creation (topological) order.
+    std::vector<int> liveNodes() const;
+
+private:
+    int intern(Node n);
+    static bool allOnes(const std::array<Complex, kMaxWidth>& c, int width);
+    bool allUnits(const std::array<Complex, kMaxWidth>& c) const;
+    bool isNegation(int id, int& of) const;
+
+    int width_;
+    std::vector<Node> nodes_;
+    std::map<std::string, int> index_;
+    Signal outputs_;
+};
+
+// Real operation counts of a body, lane by lane, without the scale.
+struct OpCount {
+    int additions = 0;
+    int multiplications = 0;
+};
+OpCount countOperations(const Graph& g);
+
+}  // namespace gen

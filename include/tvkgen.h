@@ -1,0 +1,113 @@
+/*
+ * tvkgen.h - public interface of libtvkgenu8.
+ *
+ * Short fixed-size signal transforms: every transform length is one
+ * straight-line function with its own constants.  A call takes a source
+ * array, a destination array and a scale flag and returns a status; nothing
+ * is kept between calls.  Usable from C (C99 or later) and C++.
+ */
+#ifndef TVKGEN_H
+#define TVKGEN_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- element types ------------------------------------------------------ */
+
+typedef float  tvk32f;                          /* IEEE-754 binary32 */
+typedef double tvk64f;                          /* IEEE-754 binary64 */
+typedef struct { tvk32f re, im; } tvk32fc;      /* interleaved complex */
+typedef struct { tvk64f re, im; } tvk64fc;
+
+/* ---- status codes --------------------------------------------------------- */
+
+typedef int32_t tvkStatus;
+
+enum {
+    StatusOk        = 0,    /* the transform was computed */
+    StatusBadArg    = -5,   /* DCT-IV only: an argument is out of its range */
+    StatusSize      = -6,   /* a length or order is outside the family's range */
+    StatusNullPtr   = -8,   /* a required pointer is null */
+    StatusScaleFlag = -16   /* the scale flag is not one of the four values */
+};
+
+/* ---- scale flags (one value, not a set of bits) ------------------------------
+ *                    forward DFT   inverse DFT   WHT (self-inverse)
+ *  ScaleDivFwdByN    1/N           1             1/N
+ *  ScaleDivInvByN    1             1/N           1/N
+ *  ScaleDivBySqrtN   1/sqrt(N)     1/sqrt(N)     1/sqrt(N)
+ *  ScaleNoDiv        1             1             1
+ */
+enum {
+    ScaleDivFwdByN  = 1,
+    ScaleDivInvByN  = 2,
+    ScaleDivBySqrtN = 4,
+    ScaleNoDiv      = 8
+};
+
+/* ---- version record ----------------------------------------------------------- */
+
+typedef struct {
+    int32_t     major;
+    int32_t     minor;
+    int32_t     patch;
+    int32_t     revision;
+    char        target[4];      /* build prefix without its underscore, zero padded */
+    const char* name;
+    const char* version;
+    const char* buildDate;
+} tvkLibraryVersion;
+
+/* Address of the library's constant version record; never write or free it. */
+const tvkLibraryVersion* tvkgenGetLibVersion(void);
+
+/* ---- length lists --------------------------------------------------------------
+ * X-macros over the lengths and orders of the fixed-size families, so that a
+ * caller can build its own tables of Codelets, e.g.
+ *     #define ROW(N) tvkgDFTFwd_CToC_##N##_32fc,
+ *     static const tvkDFTCodelet_32fc table[] = { TVKGEN_DFT_LENGTHS(ROW) };
+ */
+#define TVKGEN_DFT_LENGTHS(X) \
+    X(2)  X(3)  X(4)  X(5)  X(6)  X(7)  X(8)  X(9)  X(10) X(11) X(12) X(13) \
+    X(14) X(15) X(16) X(17) X(18) X(19) X(20) X(21) X(22) X(23) X(24) X(25) \
+    X(26) X(27) X(28) X(29) X(30) X(31) X(32) X(33) X(34) X(35) X(36) X(37) \
+    X(38) X(39) X(40) X(41) X(42) X(43) X(44) X(45) X(46) X(47) X(48) X(49) \
+    X(50) X(51) X(52) X(53) X(54) X(55) X(56) X(57) X(58) X(59) X(60) X(61) \
+    X(62) X(63) X(64)
+
+#define TVKGEN_WHT_ORDERS(X) \
+    X(1) X(2) X(3) X(4) X(5) X(6) X(7) X(8) X(9) X(10) X(11) X(12) X(13)
+
+/* ---- complex DFT, lengths 2 to 64 ------------------------------------------------
+ * forward:  X[k] = s * sum_n x[n] * exp(-2*pi*i*n*k/N)
+ * inverse:  X[k] = s * sum_n x[n] * exp(+2*pi*i*n*k/N)
+ * Natural order on both sides.  src and dst may be the same array.  Any
+ * alignment is accepted.  The tvk32fc bodies of lengths 9, 18, 25, 27, 45, 47,
+ * 49, 50, 54, 59 and 60 may read up to 16 bytes past the end of src: keep
+ * those bytes readable.
+ */
+typedef tvkStatus (*tvkDFTCodelet_32fc)(const tvk32fc* src, tvk32fc* dst, int32_t flag);
+typedef tvkStatus (*tvkDFTCodelet_64fc)(const tvk64fc* src, tvk64fc* dst, int32_t flag);
+
+#define TVKGEN_DECLARE_DFT_CODELETS(N)                                                   \
+    tvkStatus tvkgDFTFwd_CToC_##N##_32fc(const tvk32fc* src, tvk32fc* dst, int32_t flag); \
+    tvkStatus tvkgDFTFwd_CToC_##N##_64fc(const tvk64fc* src, tvk64fc* dst, int32_t flag); \
+    tvkStatus tvkgDFTInv_CToC_##N##_32fc(const tvk32fc* src, tvk32fc* dst, int32_t flag); \
+    tvkStatus tvkgDFTInv_CToC_##N##_64fc(const tvk64fc* src, tvk64fc* dst, int32_t flag);
+TVKGEN_DFT_LENGTHS(TVKGEN_DECLARE_DFT_CODELETS)
+#undef TVKGEN_DECLARE_DFT_CODELETS
+
+/* Length switches: len outside 2..64 gives StatusSize before anything else is looked at. */
+tvkStatus tvkgDFTFwd_CToC_32fc(const tvk32fc* src, tvk32fc* dst, int32_t len, int32_t flag);
+tvkStatus tvkgDFTFwd_CToC_64fc(const tvk64fc* src, tvk64fc* dst, int32_t len, int32_t flag);
+tvkStatus tvkgDFTInv_CToC_32fc(const tvk32fc* src, tvk32fc* dst, int32_t len, int32_t flag);
+tvkStatus tvkgDFTInv_CToC_64fc(const tvk64fc* src, tvk64fc* dst, int32_t len, int32_t flag);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* TVKGEN_H */

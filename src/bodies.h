@@ -1,0 +1,25 @@
+// Declarations of the private bodies that the hand-written length switches
+// and the stubs' rows lead to.
+#pragma once
+
+#include "codelet.h"
+
+extern "C" {
+
+#define TVK_DECLARE_DFT_BODIES(N)                                                                   \
+    TVK_INTERNAL tvkStatus u8_tvkgDFTFwd_CToC_##N##_32fc(const tvk32fc* src, tvk32fc* dst, int32_t flag); \
+    TVK_INTERNAL tvkStatus u8_tvkgDFTFwd_CToC_##N##_64fc(const tvk64fc* src, tvk64fc* dst, int32_t flag); \
+    TVK_INTERNAL tvkStatus u8_tvkgDFTInv_CToC_##N##_32fc(const tvk32fc* src, tvk32fc* dst, int32_t flag); \
+    TVK_INTERNAL tvkStatus u8_tvkgDFTInv_CToC_##N##_64fc(const tvk64fc* src, tvk64fc* dst, int32_t flag);
+TVKGEN_DFT_LENGTHS(TVK_DECLARE_DFT_BODIES)
+#undef TVK_DECLARE_DFT_BODIES
+
+}
+
+namespace tvk {
+
+// Lengths 2 to 64 pass; every other value, negatives included, fails.  The
+// subtraction is done unsigned so that INT_MIN does not overflow.
+inline bool lengthInRange(int32_t len) { return static_cast<uint32_t>(len) - 2u <= 62u; }
+
+}  // namespace tvk

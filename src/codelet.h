@@ -1,0 +1,73 @@
+// Support for the generated Codelet bodies: entry checks, scale choice and
+// the memory access forms of the aligned and unaligned paths.
+#pragma once
+
+#include <pmmintrin.h>  // SSE3 at most: the bodies use nothing newer
+#include <stdint.h>
+
+#include "tvkgen.h"
+
+#define TVK_INTERNAL __attribute__((visibility("hidden")))
+#define TVK_BODY static inline __attribute__((always_inline))
+
+namespace tvk {
+
+enum Direction { Forward, Inverse, SelfInverse };
+
+// The three literal scales of a body: 1, 1/sqrt(N), 1/N.
+template <class S>
+struct Scales {
+    S one, rsqrt, recip;
+};
+
+inline bool aligned16(const void* a, const void* b) {
+    return ((reinterpret_cast<uintptr_t>(a) | reinterpret_cast<uintptr_t>(b)) & 15) == 0;
+}
+
+// The checks of every Codelet, in their order, then the unscaled transform
+// with the flag's constant applied to each output just before its store.
+template <Direction D, auto Body, class T, class U, class S>
+__attribute__((always_inline)) inline tvkStatus run(const T* src, U* dst, int32_t flag, const Scales<S>& k) {
+    if (!src || !dst) return StatusNullPtr;
+    S s;
+    switch (flag) {
+        case ScaleDivFwdByN: s = D == Inverse ? k.one : k.recip; break;
+        case ScaleDivInvByN: s = D == Forward ? k.one : k.recip; break;
+        case ScaleDivBySqrtN: s = k.rsqrt; break;
+        case ScaleNoDiv: s = k.one; break;
+        default: return StatusScaleFlag;
+    }
+    Body(src, dst, s);
+    return StatusOk;
+}
+
+// Memory forms.  Elementwise bodies touch single values and need none.
+struct Elementwise {};
+
+struct Aligned64 {
+    static __m128d load(const double* p) { return _mm_load_pd(p); }
+    static void store(double* p, __m128d v) { _mm_store_pd(p, v); }
+};
+
+// Two 8-byte halves per element: the same arithmetic on any address.
+struct Unaligned64 {
+    static __m128d load(const double* p) { return _mm_loadh_pd(_mm_load_sd(p), p + 1); }
+    static void store(double* p, __m128d v) {
+        _mm_storel_pd(p, v);
+        _mm_storeh_pd(p + 1, v);
+    }
+};
+
+struct Aligned32 {};
+struct Unaligned32 {};
+
+// ---- complex helpers of the interleaved form (real part in the low half) ----
+
+inline __m128d swapHalves(__m128d a) { return _mm_shuffle_pd(a, a, 1); }
+inline __m128d negate(__m128d a) { return _mm_xor_pd(a, _mm_set1_pd(-0.0)); }
+// i a = (-a.im, a.re)
+inline __m128d timesI(__m128d a) { return _mm_xor_pd(swapHalves(a), _mm_set_pd(0.0, -0.0)); }
+// -i a = (a.im, -a.re)
+inline __m128d timesMinusI(__m128d a) { return _mm_xor_pd(swapHalves(a), _mm_set_pd(-0.0, 0.0)); }
+
+}  // namespace tvk

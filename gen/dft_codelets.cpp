@@ -58,10 +58,13 @@ struct Codelet {
 Codelet codelet(int n, const Set& set) {
     const bool single = set.type == ComplexType::C32;
     const std::string plan = planText(n, set.type);
-    Graph g(1);
+    // tvk32fc from length 6 on is split four-lane vector code; below, scalar.
+    const bool split = single && n >= 6;
+    Graph g(split ? 4 : 1);
     DftOptions opt;
     opt.sign = set.inverse ? +1 : -1;
     opt.doubleProducts = single && (n == 3 || n == 5);
+    opt.bluesteinReadsPast = split;  // x[p] times 0: a NaN behind the source reaches every output
     buildDft(g, *planFor(n, set.type), opt);
     const OpCount count = countOperations(g);
 
@@ -83,7 +86,7 @@ Codelet codelet(int n, const Set& set) {
     s << "namespace " << ns << " {\n" << scalesOf(n, set.type);
     s << "template <class M>\nTVK_BODY void body(const " << elem << "* src, " << elem << "* dst, " << real
       << " s) {\n";
-    s << (single ? emitScalar(g, true) : emitInterleaved(g));
+    s << (split ? emitSplit(g) : single ? emitScalar(g, true) : emitInterleaved(g));
     s << "}\n}  // namespace " << ns << "\n";
     switch (shapeOf(n, set.type)) {
         case Shape::SinglePath:

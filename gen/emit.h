@@ -14,4 +14,8 @@ std::string emitScalar(const Graph& g, bool single);
 // tvk64fc: one complex value per __m128d, real part in the low half.
 std::string emitInterleaved(const Graph& g);
 
+// tvk32fc: split form, four real parts in one __m128 and the four imaginary
+// parts in another, one transform per lane.
+std::string emitSplit(const Graph& g);
+
 }  // namespace gen

@@ -148,12 +148,13 @@ int Graph::narrow(int a) {
 
 std::vector<int> Graph::pack(const std::vector<Ref>& values) {
     std::vector<int> out;
-    for (size_t g = 0; g < values.size(); g += width_) {
+    const size_t step = static_cast<size_t>(laneGroup());
+    for (size_t g = 0; g < values.size(); g += step) {
         std::array<Ref, kMaxWidth> group;
         group.fill(Ref::zero());
         int used = 0;
         bool memory = false, computed = false;
-        for (int l = 0; l < width_ && g + l < values.size(); ++l, ++used) {
+        for (size_t l = 0; l < step && g + l < values.size(); ++l, ++used) {
             group[l] = values[g + l];
             memory |= group[l].isMemory();
             computed |= !group[l].isMemory() && !group[l].isZero();
@@ -190,15 +191,17 @@ Signal Graph::scale(const Signal& s, const std::function<Complex(int)>& constant
     Signal src = s;
     if (fromMemory) {
         const std::vector<int> nodes = pack(s);
-        for (size_t i = 0; i < s.size(); ++i) src[i] = {nodes[i / width_], int(i % width_)};
+        const int step = laneGroup();
+        for (size_t i = 0; i < s.size(); ++i) src[i] = {nodes[i / step], int(i % step)};
     }
     // One multiplication per node, with the constants of the lanes it serves.
     std::map<int, std::array<Complex, kMaxWidth>> perNode;
     for (size_t i = 0; i < src.size(); ++i) {
         if (src[i].isZero()) continue;
         auto [it, fresh] = perNode.try_emplace(src[i].node);
-        if (fresh) it->second.fill(Complex::one());
-        it->second[src[i].lane] = constant(static_cast<int>(i));
+        const Complex k = constant(static_cast<int>(i));
+        if (fresh || inLane_) it->second.fill(k);  // lanes it does not serve take a copy
+        it->second[src[i].lane] = k;
     }
     std::map<int, int> product;
     for (auto& [node, k] : perNode) product[node] = mulLanes(node, k);
@@ -210,8 +213,9 @@ Signal Graph::scale(const Signal& s, const std::function<Complex(int)>& constant
 
 Signal Graph::add(const Signal& x, const Signal& y) {
     const std::vector<int> a = pack(x), b = pack(y);
+    const int step = laneGroup();
     Signal out(x.size());
-    for (size_t i = 0; i < x.size(); ++i) out[i] = {add(a[i / width_], b[i / width_]), int(i % width_)};
+    for (size_t i = 0; i < x.size(); ++i) out[i] = {add(a[i / step], b[i / step]), int(i % step)};
     return out;
 }
 
@@ -219,8 +223,9 @@ Batch Graph::lanewise(const Batch& in, const Kernel& kernel, const Multipliers& 
     const int count = static_cast<int>(in.size());
     const int n = static_cast<int>(in[0].size());
     Batch out(count);
-    for (int g = 0; g < count; g += width_) {
-        const int used = std::min(width_, count - g);
+    const int step = laneGroup();
+    for (int g = 0; g < count; g += step) {
+        const int used = std::min(step, count - g);
         std::vector<int> inputs(n);
         for (int j = 0; j < n; ++j) {
             std::vector<Ref> lanes;
@@ -228,8 +233,8 @@ Batch Graph::lanewise(const Batch& in, const Kernel& kernel, const Multipliers& 
             inputs[j] = pack(lanes)[0];
             if (pre) {
                 std::array<Complex, kMaxWidth> k;
-                k.fill(Complex::one());
-                for (int l = 0; l < used; ++l) k[l] = pre(g + l, j);
+                k.fill(pre(g, j));  // spare lanes, and all lanes in-lane, take the first lane's
+                for (int l = 1; l < used; ++l) k[l] = pre(g + l, j);
                 inputs[j] = mulLanes(inputs[j], k);
             }
         }
@@ -261,38 +266,30 @@ std::vector<int> Graph::liveNodes() const {
     return order;
 }
 
-namespace {
-
-// Real operations of one lane multiplied by a complex constant.
-OpCount mulCost(const Complex& c) {
-    const double re = std::fabs(c.re.d), im = std::fabs(c.im.d);
-    if (c.im.isZero()) return {0, re == 1 ? 0 : 2};
-    if (c.re.isZero()) return {0, im == 1 ? 0 : 2};
-    if (re == im) return {2, 2};  // (c, +-c): c * (x.re -+ x.im, x.im +- x.re)
-    return {2, 4};
-}
-
-}  // namespace
-
+// Real operations of a multiplication, lane by lane, as the back-ends perform
+// it: real or imaginary constants take two products a lane (none for a
+// uniform +-1 or +-i), h (+-1 +- i) two products and two additions, any other
+// constant four products and two additions, in every lane, 0 and 1 included.
 OpCount countOperations(const Graph& g) {
     OpCount total;
     const int w = g.width();
     for (int id : g.liveNodes()) {
         const Node& n = g.node(id);
-        switch (n.op) {
-            case Op::Add:
-            case Op::Sub: total.additions += 2 * w; break;
-            case Op::Mul: {
-                bool uniform = true;
-                for (int l = 1; l < w; ++l) uniform &= n.k[l].sameAs(n.k[0]);
-                // A vector of different constants is a full complex product in every lane.
-                const OpCount c = uniform ? mulCost(n.k[0]) : OpCount{2, 4};
-                total.additions += c.additions * w;
-                total.multiplications += c.multiplications * w;
-                break;
-            }
-            default: break;
+        if (n.op == Op::Add || n.op == Op::Sub) total.additions += 2 * w;
+        if (n.op != Op::Mul) continue;
+        bool realOnly = true, imagOnly = true, uniform = true;
+        for (int l = 0; l < w; ++l) {
+            realOnly &= n.k[l].im.isZero();
+            imagOnly &= n.k[l].re.isZero();
+            uniform &= n.k[l].sameAs(n.k[0]);
         }
+        const double re = std::fabs(n.k[0].re.d), im = std::fabs(n.k[0].im.d);
+        OpCount c{2, 4};
+        if (realOnly) c = {0, uniform && re == 1 ? 0 : 2};
+        else if (imagOnly) c = {0, uniform && im == 1 ? 0 : 2};
+        else if (uniform && re == im) c = {2, 2};
+        total.additions += c.additions * w;
+        total.multiplications += c.multiplications * w;
     }
     return total;
 }

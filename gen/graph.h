@@ -91,6 +91,12 @@ public:
     using Kernel = std::function<std::vector<int>(Graph&, const std::vector<int>&)>;
     Batch lanewise(const Batch& in, const Kernel& kernel, const Multipliers& pre = {});
 
+    // In-lane mode: every lane runs the same transform, so a signal's value is
+    // a whole node and nothing is spread over lanes.  Composite transforms
+    // that have a full group of signals to work on run this way.
+    bool inLane() const { return inLane_ || width_ == 1; }
+    void setInLane(bool on) { inLane_ = on; }
+
     // The outputs of the body: element k of the destination.
     void setOutputs(Signal out) { outputs_ = std::move(out); }
     const Signal& outputs() const { return outputs_; }
@@ -104,7 +110,10 @@ private:
     bool allUnits(const std::array<Complex, kMaxWidth>& c) const;
     bool isNegation(int id, int& of) const;
 
+    int laneGroup() const { return inLane() ? 1 : width_; }
+
     int width_;
+    bool inLane_ = false;
     std::vector<Node> nodes_;
     std::map<std::string, int> index_;
     Signal outputs_;

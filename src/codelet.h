@@ -58,8 +58,23 @@ struct Unaligned64 {
     }
 };
 
-struct Aligned32 {};
-struct Unaligned32 {};
+// tvk32fc vector bodies move two complex elements per 16-byte access.
+struct Aligned32 {
+    static __m128 load(const float* p) { return _mm_load_ps(p); }
+    static void store(float* p, __m128 v) { _mm_store_ps(p, v); }
+};
+
+struct Unaligned32 {
+    static __m128 load(const float* p) { return _mm_loadu_ps(p); }
+    static void store(float* p, __m128 v) { _mm_storeu_ps(p, v); }
+};
+
+// One complex element into, or out of, the low or the high half of a vector.
+inline __m128 loadLow(__m128 v, const tvk32fc* p) { return _mm_loadl_pi(v, reinterpret_cast<const __m64*>(p)); }
+inline __m128 loadHigh(__m128 v, const tvk32fc* p) { return _mm_loadh_pi(v, reinterpret_cast<const __m64*>(p)); }
+inline void storeLow(tvk32fc* p, __m128 v) { _mm_storel_pi(reinterpret_cast<__m64*>(p), v); }
+inline void storeHigh(tvk32fc* p, __m128 v) { _mm_storeh_pi(reinterpret_cast<__m64*>(p), v); }
+inline __m128 negate(__m128 a) { return _mm_xor_ps(a, _mm_set1_ps(-0.0f)); }
 
 // ---- complex helpers of the interleaved form (real part in the low half) ----
 

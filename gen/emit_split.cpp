@@ -1,0 +1,212 @@
+// Split back-end for tvk32fc: a node is two __m128, four real parts and the
+// four matching imaginary parts of four independent transforms.  Complex
+// arithmetic is separate real arithmetic, a rotation by i a renaming with a
+// sign, and signs are carried on the variables until an addition absorbs them.
+// Source elements enter through 16-byte or 8-byte loads and two shuffles
+// (0x88 takes the real parts, 0xDD the imaginary parts); results leave
+// through low and high unpacks, one multiplication by the scale per result
+// vector, and 16-byte stores where two adjacent outputs share a vector.
+#include <array>
+#include <cmath>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+
+#include "emit.h"
+
+namespace gen {
+
+namespace {
+
+struct Part {
+    std::string name;
+    bool negated = false;
+};
+
+class SplitEmitter {
+public:
+    explicit SplitEmitter(const Graph& g) : g_(g), parts_(g.nodes().size()) {}
+
+    std::string run() {
+        for (int id : g_.liveNodes()) emitNode(id);
+        emitStores();
+        return out_.str();
+    }
+
+private:
+    // A named value for an expression; the same expression is one variable.
+    std::string define(const std::string& expr) {
+        if (auto it = cse_.find(expr); it != cse_.end()) return it->second;
+        const std::string name = "v" + std::to_string(next_++);
+        out_ << "    const __m128 " << name << " = " << expr << ";\n";
+        cse_.emplace(expr, name);
+        return name;
+    }
+
+    std::string plain(const Part& p) { return p.negated ? define("tvk::negate(" + p.name + ")") : p.name; }
+
+    Part combine(Part x, Part y, bool subtract) {
+        if (subtract) y.negated = !y.negated;
+        if (x.negated && y.negated) return {define("_mm_add_ps(" + x.name + ", " + y.name + ")"), true};
+        if (x.negated) return {define("_mm_sub_ps(" + y.name + ", " + x.name + ")"), false};
+        if (y.negated) return {define("_mm_sub_ps(" + x.name + ", " + y.name + ")"), false};
+        return {define("_mm_add_ps(" + x.name + ", " + y.name + ")"), false};
+    }
+
+    static bool uniform(const std::array<float, kMaxWidth>& c) {
+        return c[1] == c[0] && c[2] == c[0] && c[3] == c[0];
+    }
+    static std::string vectorOf(const std::array<float, kMaxWidth>& c) {
+        if (uniform(c)) return "_mm_set1_ps(" + literal(c[0]) + ")";
+        return "_mm_setr_ps(" + literal(c[0]) + ", " + literal(c[1]) + ", " + literal(c[2]) + ", " + literal(c[3]) + ")";
+    }
+
+    // x times the lane constants c; a sign on x moves into the constants.
+    Part times(const Part& x, std::array<float, kMaxWidth> c) {
+        if (x.negated)
+            for (float& v : c) v = -v;
+        if (uniform(c) && std::fabs(c[0]) == 1) return {x.name, c[0] < 0};
+        return {define("_mm_mul_ps(" + x.name + ", " + vectorOf(c) + ")"), false};
+    }
+
+    static Part flip(Part p, bool doIt) {
+        if (doIt) p.negated = !p.negated;
+        return p;
+    }
+
+    void emitMul(const Node& n, std::array<Part, 2>& p) {
+        const auto& a = parts_[n.a];
+        std::array<float, kMaxWidth> re{}, im{};
+        bool realOnly = true, imagOnly = true;
+        for (int l = 0; l < kMaxWidth; ++l) {
+            re[l] = n.k[l].re.f;
+            im[l] = n.k[l].im.f;
+            realOnly &= n.k[l].im.isZero();
+            imagOnly &= n.k[l].re.isZero();
+        }
+        if (realOnly) {
+            p[0] = times(a[0], re);
+            p[1] = times(a[1], re);
+        } else if (imagOnly) {  // (0, c): (-c a.im, c a.re)
+            std::array<float, kMaxWidth> minus = im;
+            for (float& v : minus) v = -v;
+            p[0] = times(a[1], minus);
+            p[1] = times(a[0], im);
+        } else if (uniform(re) && uniform(im) && std::fabs(re[0]) == std::fabs(im[0])) {  // h (+-1 +- i)
+            const bool sr = re[0] < 0, si = im[0] < 0;
+            std::array<float, kMaxWidth> h{};
+            h.fill(std::fabs(re[0]));
+            p[0] = times(combine(flip(a[0], sr), flip(a[1], si), true), h);
+            p[1] = times(combine(flip(a[1], sr), flip(a[0], si), false), h);
+        } else {
+            p[0] = combine(times(a[0], re), times(a[1], im), true);
+            p[1] = combine(times(a[1], re), times(a[0], im), false);
+        }
+    }
+
+    // Two complex source elements in one vector: (a.re, a.im, b.re, b.im);
+    // -1 leaves that half zero.
+    std::string loadPair(int a, int b) {
+        if (a >= 0 && b == a + 1) return define((a % 2 ? "_mm_loadu_ps(&src[" : "M::load(&src[") + std::to_string(a) + "].re)");
+        std::string v = "_mm_setzero_ps()";
+        if (a >= 0) v = define("tvk::loadLow(" + v + ", &src[" + std::to_string(a) + "])");
+        if (b >= 0) v = define("tvk::loadHigh(" + v + ", &src[" + std::to_string(b) + "])");
+        return v;
+    }
+
+    void emitInput(const Node& n, std::array<Part, 2>& p) {
+        const auto& e = n.element;
+        const std::string lo = loadPair(e[0], e[1]), hi = loadPair(e[2], e[3]);
+        p[0] = {define("_mm_shuffle_ps(" + lo + ", " + hi + ", 0x88)"), false};
+        p[1] = {define("_mm_shuffle_ps(" + lo + ", " + hi + ", 0xDD)"), false};
+    }
+
+    // A vector holding lanes (x.i, y.j) somewhere; returns it and their positions.
+    std::pair<std::string, std::array<int, 2>> pairOf(const std::string& x, int i, const std::string& y, int j) {
+        if (x == y) {
+            if (i == 0 && j == 1) return {x, {0, 1}};
+            return {define("_mm_shuffle_ps(" + x + ", " + x + ", " + std::to_string(i | j << 2) + ")"), {0, 1}};
+        }
+        if (i == j && i < 2) return {define("_mm_unpacklo_ps(" + x + ", " + y + ")"), {2 * i, 2 * i + 1}};
+        if (i == j) return {define("_mm_unpackhi_ps(" + x + ", " + y + ")"), {2 * (i - 2), 2 * (i - 2) + 1}};
+        return {define("_mm_shuffle_ps(" + x + ", " + y + ", " + std::to_string(i | i << 2 | j << 4 | j << 6) + ")"),
+                {0, 2}};
+    }
+
+    // Lane l of the result is lane from[l].lane of part c of node from[l].node.
+    std::string gather(const Node& n, int c) {
+        std::array<std::string, kMaxWidth> src;
+        std::array<int, kMaxWidth> lane{};
+        for (int l = 0; l < kMaxWidth; ++l) {
+            src[l] = plain(parts_[n.from[l].node][c]);
+            lane[l] = n.from[l].lane;
+        }
+        if (src[0] == src[1] && src[2] == src[3]) {
+            const int imm = lane[0] | lane[1] << 2 | lane[2] << 4 | lane[3] << 6;
+            if (src[0] == src[2] && imm == 0xE4) return src[0];
+            return define("_mm_shuffle_ps(" + src[0] + ", " + src[2] + ", " + std::to_string(imm) + ")");
+        }
+        const auto [low, lp] = pairOf(src[0], lane[0], src[1], lane[1]);
+        const auto [high, hp] = pairOf(src[2], lane[2], src[3], lane[3]);
+        return define("_mm_shuffle_ps(" + low + ", " + high + ", " +
+                      std::to_string(lp[0] | lp[1] << 2 | hp[0] << 4 | hp[1] << 6) + ")");
+    }
+
+    void emitNode(int id) {
+        const Node& n = g_.node(id);
+        auto& p = parts_[id];
+        switch (n.op) {
+            case Op::Input: emitInput(n, p); break;
+            case Op::Zero: p[0] = p[1] = {define("_mm_setzero_ps()"), false}; break;
+            case Op::Add:
+            case Op::Sub:
+                for (int c = 0; c < 2; ++c) p[c] = combine(parts_[n.a][c], parts_[n.b][c], n.op == Op::Sub);
+                break;
+            case Op::Mul: emitMul(n, p); break;
+            case Op::Shuffle:
+                for (int c = 0; c < 2; ++c) p[c] = {gather(n, c), false};
+                break;
+            default: throw std::logic_error("no such operation in a split body");
+        }
+    }
+
+    // Interleaved and scaled: lanes 0, 1 (low) or 2, 3 (high) of a node as two
+    // complex values in memory order.
+    std::string result(int node, bool high) {
+        const std::string re = plain(parts_[node][0]), im = plain(parts_[node][1]);
+        const std::string v = define(std::string(high ? "_mm_unpackhi_ps(" : "_mm_unpacklo_ps(") + re + ", " + im + ")");
+        return define("_mm_mul_ps(" + v + ", scale)");
+    }
+
+    void emitStores() {
+        out_ << "    const __m128 scale = _mm_set1_ps(s);\n";
+        const Signal& res = g_.outputs();
+        for (size_t k = 0; k < res.size(); ++k) {
+            const Ref r = res[k];
+            const std::string at = "&dst[" + std::to_string(k) + "]";
+            const bool pairs = k + 1 < res.size() && r.lane % 2 == 0 && res[k + 1].node == r.node &&
+                               res[k + 1].lane == r.lane + 1;
+            if (pairs) {
+                const std::string v = result(r.node, r.lane >= 2);
+                stores_ << "    " << (k % 2 ? "_mm_storeu_ps(" : "M::store(") << at << ".re, " << v << ");\n";
+                ++k;
+            } else {
+                const std::string v = result(r.node, r.lane >= 2);
+                stores_ << "    " << (r.lane % 2 ? "tvk::storeHigh(" : "tvk::storeLow(") << at << ", " << v << ");\n";
+            }
+        }
+        out_ << stores_.str();
+    }
+
+    const Graph& g_;
+    std::vector<std::array<Part, 2>> parts_;
+    std::map<std::string, std::string> cse_;
+    std::ostringstream out_, stores_;
+    int next_ = 0;
+};
+
+}  // namespace
+
+std::string emitSplit(const Graph& g) { return SplitEmitter(g).run(); }
+
+}  // namespace gen

@@ -471,7 +471,8 @@ Batch inLane(Graph& g, const Plan& plan, const Batch& in, const DftOptions& opt,
 Batch transform(Graph& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
     const bool composite = plan.kind == Plan::Kind::CooleyTukey || plan.kind == Plan::Kind::GoodThomas ||
                            plan.kind == Plan::Kind::Rader || plan.kind == Plan::Kind::Bluestein;
-    if (composite && !g.inLane() && in.size() % g.width() == 0) return inLane(g, plan, in, opt, pre);
+    if (composite && !g.inLane() && (in.size() % g.width() == 0 || in.size() % g.width() == 3))
+        return inLane(g, plan, in, opt, pre);
     switch (plan.kind) {
         case Plan::Kind::CooleyTukey: return cooleyTukey(g, plan, in, opt, pre);
         case Plan::Kind::GoodThomas: return goodThomas(g, plan, in, opt, pre);

@@ -186,7 +186,7 @@ Nodes dft5(Graph& g, const Nodes& x, const DftOptions& opt, bool w) {
         const int t = g.add(a, b);
         X0 = g.add(x[0], t);
         const int m = g.sub(x[0], g.mul(t, realConst(Fixed::ratio(1, 4))));
-        // sqrt(5)/4 = (cos 72 + cos 144 negated) / 2 + ... = (c1 + c2) / 2
+        // sqrt(5)/4 = (cos 72 - cos 144) / 2
         const int n = g.mul(g.sub(a, b), realConst((cosTurn(1, 5) - cosTurn(2, 5)).divInt(2)));
         P = g.add(m, n);
         Q = g.sub(m, n);

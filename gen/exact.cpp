@@ -179,7 +179,6 @@ const Fixed& pi() {
 
 // sin and cos of x for 0 <= x <= pi/4, by their Taylor series.
 void sinCosSmall(const Fixed& x, Fixed& s, Fixed& c) {
-    const Fixed x2 = x * x;
     s = Fixed{};
     c = Fixed{};
     Fixed term = Fixed::fromInt(1);  // x^k / k!
@@ -188,7 +187,6 @@ void sinCosSmall(const Fixed& x, Fixed& s, Fixed& c) {
         target = ((k / 2) % 2) ? target - term : target + term;
         term = (term * x).divInt(k + 1);
     }
-    (void)x2;
 }
 
 // (cos, sin) of 2*pi*k/n, folded into the first octant so that the series

@@ -15,7 +15,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <complex>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -25,6 +24,8 @@
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include <unistd.h>
 
 #include "tvkgen.h"
 
@@ -176,7 +177,9 @@ std::string benchmarkName(const Key& key, const char* library) {
 // only when asked to (the summary table repeats them).
 class CollectingReporter : public benchmark::ConsoleReporter {
 public:
-    explicit CollectingReporter(bool echo) : echo_(echo) {}
+    // Colour only on a terminal, so that a saved log stays plain text.
+    explicit CollectingReporter(bool echo)
+        : ConsoleReporter(isatty(STDOUT_FILENO) ? OO_ColorTabular : OO_Tabular), echo_(echo) {}
 
     bool ReportContext(const Context& context) override { return echo_ ? ConsoleReporter::ReportContext(context) : true; }
 

@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# Builds libtvkgenu8 with its examples and benchmarks, runs the demo, then
+# prints the quick speed table of ours against FFTW.
+set -euo pipefail
+cd "$(dirname "$0")"
+
+scripts/install-deps.sh
+cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release \
+      -DTVKGEN_BUILD_EXAMPLES=ON -DTVKGEN_BUILD_BENCH=ON
+ninja -C build -j"$(nproc)"
+
+echo
+echo "==== demo ===="
+build/examples/tvkgen-demo
+echo
+echo "==== quick speed table: ours against FFTW ===="
+build/bench/tvkgen-bench-dft --quick

@@ -49,25 +49,21 @@ class Accuracy : public testing::TestWithParam<Case> {};
 
 TEST_P(Accuracy, MatchesLongDoubleReferenceUnderEveryFlag) {
     const Case c = GetParam();
-    withType(c.prec, [&]<class C>() {
-        for (Dir dir : kDirs) {
-            SCOPED_TRACE(dirName(dir));
-            long double worst = 0;
-            for (unsigned seed = 0; seed < 4; ++seed) {
-                const auto x = randomSignal<C>(c.n, 10 + seed);
-                const auto ref = referenceDft(x, dir);
-                for (int flag : kFlags) {
-                    const auto got = runAligned<C>(dir, c.n, x, flag);
-                    const long double e = relativeError(got, scaled<C>(ref, scaleOf<C>(dir, flag, c.n)));
-                    worst = std::max(worst, e);
-                    EXPECT_LE(e, errorBound<C>(c.n)) << "flag " << flag << " seed " << seed;
-                }
+    forEachDirection(c.prec, [&]<class C>(Dir dir) {
+        long double worst = 0;
+        for (unsigned seed = 0; seed < 4; ++seed) {
+            const auto x = randomSignal<C>(c.n, 10 + seed);
+            const auto ref = referenceDft(x, dir);
+            for (int flag : kFlags) {
+                const auto got = runAligned<C>(dir, c.n, x, flag);
+                const long double e = relativeError(got, scaled<C>(ref, scaleOf<C>(dir, flag, c.n)));
+                worst = std::max(worst, e);
+                EXPECT_LE(e, errorBound<C>(c.n)) << "flag " << flag << " seed " << seed;
             }
-            RecordProperty("max_error_eps", std::to_string(static_cast<double>(worst / epsOf<C>())));
-            std::printf("max relative error %s N=%d: %.2f eps (bound %.2f eps)\n", sizeof(C) == 8 ? "32fc" : "64fc",
-                        c.n, static_cast<double>(worst / epsOf<C>()),
-                        static_cast<double>(errorBound<C>(c.n) / epsOf<C>()));
         }
+        RecordProperty("max_error_eps", std::to_string(static_cast<double>(worst / epsOf<C>())));
+        std::printf("max relative error %s N=%d: %.2f eps (bound %.2f eps)\n", sizeof(C) == 8 ? "32fc" : "64fc", c.n,
+                    static_cast<double>(worst / epsOf<C>()), static_cast<double>(errorBound<C>(c.n) / epsOf<C>()));
     });
 }
 
@@ -75,30 +71,26 @@ TEST_P(Accuracy, MatchesLongDoubleReferenceUnderEveryFlag) {
 // bound is twice the reference bound.
 TEST_P(Accuracy, AgreesWithFftw) {
     const Case c = GetParam();
-    withType(c.prec, [&]<class C>() {
-        for (Dir dir : kDirs) {
-            SCOPED_TRACE(dirName(dir));
-            const auto x = randomSignal<C>(c.n, 20);
-            const auto got = runAligned<C>(dir, c.n, x, ScaleNoDiv);
-            std::vector<C> in(x), out(c.n);
-            const int sign = dir == Dir::Fwd ? FFTW_FORWARD : FFTW_BACKWARD;
-            if constexpr (std::is_same_v<C, tvk32fc>) {
-                auto* p = reinterpret_cast<fftwf_complex*>(in.data());
-                fftwf_plan plan =
-                    fftwf_plan_dft_1d(c.n, p, reinterpret_cast<fftwf_complex*>(out.data()), sign, FFTW_ESTIMATE);
-                fftwf_execute(plan);
-                fftwf_destroy_plan(plan);
-            } else {
-                auto* p = reinterpret_cast<fftw_complex*>(in.data());
-                fftw_plan plan =
-                    fftw_plan_dft_1d(c.n, p, reinterpret_cast<fftw_complex*>(out.data()), sign, FFTW_ESTIMATE);
-                fftw_execute(plan);
-                fftw_destroy_plan(plan);
-            }
-            std::vector<LComplex> fftwResult(c.n);
-            for (int k = 0; k < c.n; ++k) fftwResult[k] = {out[k].re, out[k].im};
-            EXPECT_LE(relativeError(got, fftwResult), 2 * errorBound<C>(c.n));
+    forEachDirection(c.prec, [&]<class C>(Dir dir) {
+        const auto x = randomSignal<C>(c.n, 20);
+        const auto got = runAligned<C>(dir, c.n, x, ScaleNoDiv);
+        std::vector<C> in(x), out(c.n);
+        const int sign = dir == Dir::Fwd ? FFTW_FORWARD : FFTW_BACKWARD;
+        if constexpr (std::is_same_v<C, tvk32fc>) {
+            auto* p = reinterpret_cast<fftwf_complex*>(in.data());
+            fftwf_plan plan =
+                fftwf_plan_dft_1d(c.n, p, reinterpret_cast<fftwf_complex*>(out.data()), sign, FFTW_ESTIMATE);
+            fftwf_execute(plan);
+            fftwf_destroy_plan(plan);
+        } else {
+            auto* p = reinterpret_cast<fftw_complex*>(in.data());
+            fftw_plan plan = fftw_plan_dft_1d(c.n, p, reinterpret_cast<fftw_complex*>(out.data()), sign, FFTW_ESTIMATE);
+            fftw_execute(plan);
+            fftw_destroy_plan(plan);
         }
+        std::vector<LComplex> fftwResult(c.n);
+        for (int k = 0; k < c.n; ++k) fftwResult[k] = {out[k].re, out[k].im};
+        EXPECT_LE(relativeError(got, fftwResult), 2 * errorBound<C>(c.n));
     });
 }
 
@@ -106,96 +98,77 @@ TEST_P(Accuracy, AgreesWithFftw) {
 // constant, rounded once: no folding into twiddles, no separate path.
 TEST_P(Accuracy, ScaleIsOneFinalMultiplication) {
     const Case c = GetParam();
-    withType(c.prec, [&]<class C>() {
-        for (Dir dir : kDirs) {
-            SCOPED_TRACE(dirName(dir));
-            const auto x = randomSignal<C>(c.n, 30);
-            const auto plain = runAligned<C>(dir, c.n, x, ScaleNoDiv);
-            for (int flag : kFlags) {
-                const RealOf<C> s = scaleOf<C>(dir, flag, c.n);
-                auto want = plain;
-                for (auto& v : want) v = {v.re * s, v.im * s};
-                const auto got = runAligned<C>(dir, c.n, x, flag);
-                EXPECT_TRUE(sameBits(want.data(), got.data(), c.n)) << "flag " << flag << " scale " << s;
-            }
+    forEachDirection(c.prec, [&]<class C>(Dir dir) {
+        const auto x = randomSignal<C>(c.n, 30);
+        const auto plain = runAligned<C>(dir, c.n, x, ScaleNoDiv);
+        for (int flag : kFlags) {
+            const RealOf<C> s = scaleOf<C>(dir, flag, c.n);
+            auto want = plain;
+            for (auto& v : want) v = {v.re * s, v.im * s};
+            const auto got = runAligned<C>(dir, c.n, x, flag);
+            EXPECT_TRUE(sameBits(want.data(), got.data(), c.n)) << "flag " << flag << " scale " << s;
         }
     });
 }
 
-// An impulse at x[1] gives the twiddles exp(-+2 pi i k/N); a constant lands in bin 0.
+// An impulse at x[1] gives the twiddles exp(-+2 pi i k/N); a constant lands
+// in bin 0 and leaves the others near zero.
 TEST_P(Accuracy, SimpleInputsGiveKnownSpectra) {
     const Case c = GetParam();
-    {
-        withType(c.prec, [&]<class C>() {
-            for (Dir dir : kDirs) {
-                SCOPED_TRACE(dirName(dir));
-                const double tol = std::is_same_v<C, tvk32fc> ? 3e-6 : 1e-14;
-                std::vector<C> x(c.n, C{});
-                x[1] = {1, 0};
-                const auto got = runAligned<C>(dir, c.n, x, ScaleNoDiv);
-                const double sign = dir == Dir::Fwd ? -1 : 1;
-                for (int k = 0; k < c.n; ++k) {
-                    const long double angle = sign * 2 * std::acos(-1.0L) * k / c.n;
-                    EXPECT_NEAR(got[k].re, std::cos(angle), tol) << "bin " << k;
-                    EXPECT_NEAR(got[k].im, std::sin(angle), tol) << "bin " << k;
-                }
-            }
-        });
-    }
-    {
-        withType(c.prec, [&]<class C>() {
-            for (Dir dir : kDirs) {
-                SCOPED_TRACE(dirName(dir));
-                const C v{0.75, -0.5};
-                const auto got = runAligned<C>(dir, c.n, std::vector<C>(c.n, v), ScaleNoDiv);
-                const double tol = 8 * c.n * static_cast<double>(errorBound<C>(c.n));
-                EXPECT_NEAR(got[0].re, c.n * v.re, tol);
-                EXPECT_NEAR(got[0].im, c.n * v.im, tol);
-                for (int k = 1; k < c.n; ++k) EXPECT_LT(std::hypot(got[k].re, got[k].im), tol) << "bin " << k;
-            }
-        });
-    }
+    forEachDirection(c.prec, [&]<class C>(Dir dir) {
+        const double twiddleTol = std::is_same_v<C, tvk32fc> ? 3e-6 : 1e-14;
+        std::vector<C> impulse(c.n, C{});
+        impulse[1] = {1, 0};
+        const auto twiddles = runAligned<C>(dir, c.n, impulse, ScaleNoDiv);
+        const double sign = dir == Dir::Fwd ? -1 : 1;
+        for (int k = 0; k < c.n; ++k) {
+            const long double angle = sign * 2 * std::acos(-1.0L) * k / c.n;
+            EXPECT_NEAR(twiddles[k].re, std::cos(angle), twiddleTol) << "bin " << k;
+            EXPECT_NEAR(twiddles[k].im, std::sin(angle), twiddleTol) << "bin " << k;
+        }
+
+        const C v{0.75, -0.5};
+        const auto spectrum = runAligned<C>(dir, c.n, std::vector<C>(c.n, v), ScaleNoDiv);
+        const double tol = 8 * c.n * static_cast<double>(errorBound<C>(c.n));
+        EXPECT_NEAR(spectrum[0].re, c.n * v.re, tol);
+        EXPECT_NEAR(spectrum[0].im, c.n * v.im, tol);
+        for (int k = 1; k < c.n; ++k) EXPECT_LT(std::hypot(spectrum[k].re, spectrum[k].im), tol) << "bin " << k;
+    });
 }
 
 // Forward then inverse with the flag pairs that divide by N exactly once
 // restores the input; Inv(x) = S(Fwd(S(x))) and Inv(x)[k] = Fwd(x)[-k].
 TEST_P(Accuracy, DirectionsAreConsistent) {
     const Case c = GetParam();
-    {
-        withType(c.prec, [&]<class C>() {
-            const auto x = randomSignal<C>(c.n, 40);
-            const std::pair<int, int> pairs[] = {{ScaleDivInvByN, ScaleDivInvByN},
-                                                 {ScaleNoDiv, ScaleDivInvByN},
-                                                 {ScaleDivFwdByN, ScaleDivFwdByN},
-                                                 {ScaleDivFwdByN, ScaleNoDiv},
-                                                 {ScaleDivBySqrtN, ScaleDivBySqrtN}};
-            std::vector<LComplex> want(x.size());
-            for (int k = 0; k < c.n; ++k) want[k] = {x[k].re, x[k].im};
-            for (auto [fwdFlag, invFlag] : pairs) {
-                auto spectrum = runAligned<C>(Dir::Fwd, c.n, x, fwdFlag);
-                spectrum.resize(c.n + 2);
-                const auto back = runAligned<C>(Dir::Inv, c.n, spectrum, invFlag);
-                EXPECT_LE(relativeError(back, want), 2 * errorBound<C>(c.n)) << fwdFlag << " then " << invFlag;
-            }
-        });
-    }
-    {
-        withType(c.prec, [&]<class C>() {
-            const auto x = randomSignal<C>(c.n, 50);
-            auto paddedSwap = swapParts(x);
-            paddedSwap.resize(c.n + 2);
-            const auto inv = runAligned<C>(Dir::Inv, c.n, x, ScaleNoDiv);
-            const auto swapped = swapParts(runAligned<C>(Dir::Fwd, c.n, paddedSwap, ScaleNoDiv));
-            const auto fwd = runAligned<C>(Dir::Fwd, c.n, x, ScaleNoDiv);
-            std::vector<LComplex> viaSwap(c.n), viaReversal(c.n);
-            for (int k = 0; k < c.n; ++k) {
-                viaSwap[k] = {swapped[k].re, swapped[k].im};
-                viaReversal[k] = {fwd[(c.n - k) % c.n].re, fwd[(c.n - k) % c.n].im};
-            }
-            EXPECT_LE(relativeError(inv, viaSwap), 2 * errorBound<C>(c.n)) << "swap identity";
-            EXPECT_LE(relativeError(inv, viaReversal), 2 * errorBound<C>(c.n)) << "bin reversal";
-        });
-    }
+    withType(c.prec, [&]<class C>() {
+        const auto x = randomSignal<C>(c.n, 40);
+        const std::pair<int, int> pairs[] = {{ScaleDivInvByN, ScaleDivInvByN},
+                                             {ScaleNoDiv, ScaleDivInvByN},
+                                             {ScaleDivFwdByN, ScaleDivFwdByN},
+                                             {ScaleDivFwdByN, ScaleNoDiv},
+                                             {ScaleDivBySqrtN, ScaleDivBySqrtN}};
+        std::vector<LComplex> input(c.n);
+        for (int k = 0; k < c.n; ++k) input[k] = {x[k].re, x[k].im};
+        for (auto [fwdFlag, invFlag] : pairs) {
+            auto spectrum = runAligned<C>(Dir::Fwd, c.n, x, fwdFlag);
+            spectrum.resize(c.n + 2);
+            const auto back = runAligned<C>(Dir::Inv, c.n, spectrum, invFlag);
+            EXPECT_LE(relativeError(back, input), 2 * errorBound<C>(c.n)) << fwdFlag << " then " << invFlag;
+        }
+
+        auto paddedSwap = swapParts(x);
+        paddedSwap.resize(c.n + 2);
+        const auto inv = runAligned<C>(Dir::Inv, c.n, x, ScaleNoDiv);
+        const auto swapped = swapParts(runAligned<C>(Dir::Fwd, c.n, paddedSwap, ScaleNoDiv));
+        const auto fwd = runAligned<C>(Dir::Fwd, c.n, x, ScaleNoDiv);
+        std::vector<LComplex> viaSwap(c.n), viaReversal(c.n);
+        for (int k = 0; k < c.n; ++k) {
+            viaSwap[k] = {swapped[k].re, swapped[k].im};
+            viaReversal[k] = {fwd[(c.n - k) % c.n].re, fwd[(c.n - k) % c.n].im};
+        }
+        EXPECT_LE(relativeError(inv, viaSwap), 2 * errorBound<C>(c.n)) << "swap identity";
+        EXPECT_LE(relativeError(inv, viaReversal), 2 * errorBound<C>(c.n)) << "bin reversal";
+    });
 }
 
 TVKTEST_ALL_CASES(Accuracy);

@@ -33,31 +33,28 @@ class StatusContract : public testing::TestWithParam<Case> {};
 // size > null > flag, and the destination bytes as they were.
 TEST_P(StatusContract, CodeletFailuresLeaveDestinationUntouched) {
     const Case c = GetParam();
-    withType(c.prec, [&]<class C>() {
-        for (Dir dir : kDirs) {
-            SCOPED_TRACE(dirName(dir));
-            const auto x = randomSignal<C>(c.n, 1);
-            for (size_t srcOff : {0, 8, 1}) {
-                for (size_t dstOff : {0, 3}) {
-                    RawBlock in(sizeof(C) * (c.n + 2)), out(sizeof(C) * (c.n + 2), 0x5A);
-                    const C* src = placeAt(in, srcOff, x);
-                    C* dst = reinterpret_cast<C*>(out.at(dstOff));
-                    const std::vector<unsigned char> before(out.at(0), out.at(0) + sizeof(C) * (c.n + 2) + 32);
-                    auto expectFails = [&](tvkStatus want, tvkStatus got, const char* what) {
-                        EXPECT_EQ(got, want) << what << " srcOff=" << srcOff << " dstOff=" << dstOff;
-                        EXPECT_EQ(0, std::memcmp(before.data(), out.at(0), before.size())) << what;
-                    };
-                    const auto fn = codelet<C>(dir, c.n);
-                    const auto sw = lengthSwitch<C>(dir);
-                    expectFails(StatusNullPtr, fn(nullptr, dst, ScaleNoDiv), "null src");
-                    expectFails(StatusNullPtr, fn(src, nullptr, ScaleNoDiv), "null dst");
-                    expectFails(StatusNullPtr, fn(nullptr, dst, 3), "null src beats flag");
-                    expectFails(StatusNullPtr, fn(src, nullptr, 0), "null dst beats flag");
-                    expectFails(StatusNullPtr, sw(nullptr, dst, c.n, 3), "switch: null src beats flag");
-                    for (int flag : kBadFlags) {
-                        expectFails(StatusScaleFlag, fn(src, dst, flag), "bad flag");
-                        expectFails(StatusScaleFlag, sw(src, dst, c.n, flag), "switch: bad flag");
-                    }
+    forEachDirection(c.prec, [&]<class C>(Dir dir) {
+        const auto x = randomSignal<C>(c.n, 1);
+        for (size_t srcOff : {0, 8, 1}) {
+            for (size_t dstOff : {0, 3}) {
+                RawBlock in(sizeof(C) * (c.n + 2)), out(sizeof(C) * (c.n + 2), 0x5A);
+                const C* src = placeAt(in, srcOff, x);
+                C* dst = reinterpret_cast<C*>(out.at(dstOff));
+                const std::vector<unsigned char> before(out.at(0), out.at(0) + sizeof(C) * (c.n + 2) + 32);
+                auto expectFails = [&](tvkStatus want, tvkStatus got, const char* what) {
+                    EXPECT_EQ(got, want) << what << " srcOff=" << srcOff << " dstOff=" << dstOff;
+                    EXPECT_EQ(0, std::memcmp(before.data(), out.at(0), before.size())) << what;
+                };
+                const auto fn = codelet<C>(dir, c.n);
+                const auto sw = lengthSwitch<C>(dir);
+                expectFails(StatusNullPtr, fn(nullptr, dst, ScaleNoDiv), "null src");
+                expectFails(StatusNullPtr, fn(src, nullptr, ScaleNoDiv), "null dst");
+                expectFails(StatusNullPtr, fn(nullptr, dst, 3), "null src beats flag");
+                expectFails(StatusNullPtr, fn(src, nullptr, 0), "null dst beats flag");
+                expectFails(StatusNullPtr, sw(nullptr, dst, c.n, 3), "switch: null src beats flag");
+                for (int flag : kBadFlags) {
+                    expectFails(StatusScaleFlag, fn(src, dst, flag), "bad flag");
+                    expectFails(StatusScaleFlag, sw(src, dst, c.n, flag), "switch: bad flag");
                 }
             }
         }
@@ -66,16 +63,13 @@ TEST_P(StatusContract, CodeletFailuresLeaveDestinationUntouched) {
 
 TEST_P(StatusContract, SwitchGivesTheBitsOfTheCodelet) {
     const Case c = GetParam();
-    withType(c.prec, [&]<class C>() {
-        for (Dir dir : kDirs) {
-            SCOPED_TRACE(dirName(dir));
-            const auto x = randomSignal<C>(c.n, 2);
-            for (int flag : kFlags) {
-                const auto want = runAligned<C>(dir, c.n, x, flag);
-                std::vector<C> got(c.n + 2);
-                EXPECT_EQ(lengthSwitch<C>(dir)(x.data(), got.data(), c.n, flag), StatusOk);
-                EXPECT_TRUE(sameBits(want.data(), got.data(), c.n)) << "flag " << flag;
-            }
+    forEachDirection(c.prec, [&]<class C>(Dir dir) {
+        const auto x = randomSignal<C>(c.n, 2);
+        for (int flag : kFlags) {
+            const auto want = runAligned<C>(dir, c.n, x, flag);
+            std::vector<C> got(c.n + 2);
+            EXPECT_EQ(lengthSwitch<C>(dir)(x.data(), got.data(), c.n, flag), StatusOk);
+            EXPECT_TRUE(sameBits(want.data(), got.data(), c.n)) << "flag " << flag;
         }
     });
 }
@@ -87,70 +81,50 @@ class AlignmentAndOverlap : public testing::TestWithParam<Case> {};
 // 16-byte boundary, and for source == destination at any offset.
 TEST_P(AlignmentAndOverlap, PlacementNeverChangesABit) {
     const Case c = GetParam();
-    {
-        withType(c.prec, [&]<class C>() {
-            for (Dir dir : kDirs) {
-                SCOPED_TRACE(dirName(dir));
-                auto x = randomSignal<C>(c.n, 3);
-                x.push_back({});  // readable tail for the over-reading lengths
-                x.push_back({});
-                const auto want = runAligned<C>(dir, c.n, x, ScaleDivBySqrtN);
-                const size_t bytes = sizeof(C) * x.size();
-                RawBlock in(bytes), out(bytes);
-                for (size_t so = 0; so < 16; ++so) {
-                    const C* src = placeAt(in, so, x);
-                    for (size_t d = 0; d < 16; ++d) {
-                        C* dst = reinterpret_cast<C*>(out.at(d));
-                        ASSERT_EQ(codelet<C>(dir, c.n)(src, dst, ScaleDivBySqrtN), StatusOk);
-                        ASSERT_TRUE(sameBits(want.data(), dst, c.n)) << "src offset " << so << ", dst offset " << d;
-                    }
-                }
+    forEachDirection(c.prec, [&]<class C>(Dir dir) {
+        auto x = randomSignal<C>(c.n, 3);
+        x.push_back({});  // readable tail for the over-reading lengths
+        x.push_back({});
+        const auto want = runAligned<C>(dir, c.n, x, ScaleDivBySqrtN);
+        const size_t bytes = sizeof(C) * x.size();
+        RawBlock in(bytes), out(bytes);
+        for (size_t so = 0; so < 16; ++so) {
+            const C* src = placeAt(in, so, x);
+            for (size_t d = 0; d < 16; ++d) {
+                C* dst = reinterpret_cast<C*>(out.at(d));
+                ASSERT_EQ(codelet<C>(dir, c.n)(src, dst, ScaleDivBySqrtN), StatusOk);
+                ASSERT_TRUE(sameBits(want.data(), dst, c.n)) << "src offset " << so << ", dst offset " << d;
             }
-        });
-    }
-    {
-        withType(c.prec, [&]<class C>() {
-            for (Dir dir : kDirs) {
-                SCOPED_TRACE(dirName(dir));
-                auto x = randomSignal<C>(c.n, 4);
-                x.push_back({});
-                x.push_back({});
-                const auto want = runAligned<C>(dir, c.n, x, ScaleNoDiv);
-                RawBlock block(sizeof(C) * x.size());
-                for (size_t off : {0, 1, 4, 8, 15}) {
-                    C* p = placeAt(block, off, x);
-                    ASSERT_EQ(codelet<C>(dir, c.n)(p, p, ScaleNoDiv), StatusOk);
-                    EXPECT_TRUE(sameBits(want.data(), p, c.n)) << "offset " << off;
-                }
-            }
-        });
-    }
+        }
+        for (size_t off : {0, 1, 4, 8, 15}) {
+            C* p = placeAt(in, off, x);
+            ASSERT_EQ(codelet<C>(dir, c.n)(p, p, ScaleDivBySqrtN), StatusOk);
+            EXPECT_TRUE(sameBits(want.data(), p, c.n)) << "in place at offset " << off;
+        }
+    });
 }
 
 // Every destination element is stored (a NaN sentinel that finite input can't
 // produce disappears) and canaries before and after the array stay as they were.
 TEST_P(AlignmentAndOverlap, WritesEveryElementAndNothingAround) {
     const Case c = GetParam();
-    withType(c.prec, [&]<class C>() {
-        for (Dir dir : kDirs) {
-            SCOPED_TRACE(dirName(dir));
-            auto x = randomSignal<C>(c.n, 5);
-            constexpr size_t kGuard = 64;
-            for (size_t dstOff : {0, 8, 5}) {
-                RawBlock out(sizeof(C) * c.n + 2 * kGuard, 0xFF);  // all-ones bytes: a NaN in both types
-                x.resize(c.n + 2);
-                RawBlock in(sizeof(C) * x.size());
-                C* dst = reinterpret_cast<C*>(out.at(kGuard + dstOff));
-                ASSERT_EQ(codelet<C>(dir, c.n)(placeAt(in, 0, x), dst, ScaleNoDiv), StatusOk);
-                for (int k = 0; k < c.n; ++k)
-                    EXPECT_TRUE(std::isfinite(dst[k].re) && std::isfinite(dst[k].im)) << "bin " << k << " not written";
-                const unsigned char* begin = out.at(0);
-                const unsigned char* end = reinterpret_cast<unsigned char*>(dst + c.n);
-                for (const unsigned char* p = begin; p < out.at(kGuard + dstOff); ++p)
-                    ASSERT_EQ(*p, 0xFF) << "written before dst";
-                for (const unsigned char* p = end; p < end + kGuard; ++p)
-                    ASSERT_EQ(*p, 0xFF) << "written after dst at +" << (p - end);
-            }
+    forEachDirection(c.prec, [&]<class C>(Dir dir) {
+        auto x = randomSignal<C>(c.n, 5);
+        constexpr size_t kGuard = 64;
+        for (size_t dstOff : {0, 8, 5}) {
+            RawBlock out(sizeof(C) * c.n + 2 * kGuard, 0xFF);  // all-ones bytes: a NaN in both types
+            x.resize(c.n + 2);
+            RawBlock in(sizeof(C) * x.size());
+            C* dst = reinterpret_cast<C*>(out.at(kGuard + dstOff));
+            ASSERT_EQ(codelet<C>(dir, c.n)(placeAt(in, 0, x), dst, ScaleNoDiv), StatusOk);
+            for (int k = 0; k < c.n; ++k)
+                EXPECT_TRUE(std::isfinite(dst[k].re) && std::isfinite(dst[k].im)) << "bin " << k << " not written";
+            const unsigned char* begin = out.at(0);
+            const unsigned char* end = reinterpret_cast<unsigned char*>(dst + c.n);
+            for (const unsigned char* p = begin; p < out.at(kGuard + dstOff); ++p)
+                ASSERT_EQ(*p, 0xFF) << "written before dst";
+            for (const unsigned char* p = end; p < end + kGuard; ++p)
+                ASSERT_EQ(*p, 0xFF) << "written after dst at +" << (p - end);
         }
     });
 }

@@ -185,6 +185,17 @@ constexpr Dir kDirs[] = {Dir::Fwd, Dir::Inv};
 
 inline const char* dirName(Dir d) { return d == Dir::Fwd ? "forward" : "inverse"; }
 
+// Runs fn.template operator()<C>(dir) in both directions for the type of p.
+template <class F>
+void forEachDirection(Prec p, F&& fn) {
+    withType(p, [&]<class C>() {
+        for (Dir dir : kDirs) {
+            SCOPED_TRACE(dirName(dir));
+            fn.template operator()<C>(dir);
+        }
+    });
+}
+
 // Parameter of the per-length suites; each test covers both directions.
 struct Case {
     Prec prec;

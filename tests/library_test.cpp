@@ -208,8 +208,9 @@ const Count kExpectedCounts[] = {
     {"64fc", 49, 912, 746},
 };
 
-// Counts that the generator does not reach yet (the 4-lane tvk32fc bodies are
-// being written; some tvk64fc forms differ).  The test fails when an entry
+// Counts that the generator does not reach yet: tvk64fc Rader lengths use the
+// complex-multiplier arrangement, split radix 32 and 64 group their rotations
+// differently, and tvk32fc counts every lane of a vector, spare ones included.  The test fails when an entry
 // here starts to match, so that the list only ever shrinks.
 const std::set<std::string> kKnownMismatches = {
     "tvkgDFTFwd_CToC_7_32fc", "tvkgDFTInv_CToC_7_32fc",
@@ -241,13 +242,10 @@ const std::set<std::string> kKnownMismatches = {
     "tvkgDFTFwd_CToC_61_32fc", "tvkgDFTInv_CToC_61_32fc",
     "tvkgDFTFwd_CToC_61_64fc", "tvkgDFTInv_CToC_61_64fc",
     "tvkgDFTFwd_CToC_8_32fc", "tvkgDFTInv_CToC_8_32fc",
-    "tvkgDFTFwd_CToC_16_32fc", "tvkgDFTInv_CToC_16_32fc",
-    "tvkgDFTFwd_CToC_32_32fc", "tvkgDFTInv_CToC_32_32fc",
     "tvkgDFTFwd_CToC_64_32fc", "tvkgDFTInv_CToC_64_32fc",
     "tvkgDFTFwd_CToC_32_64fc", "tvkgDFTInv_CToC_32_64fc",
     "tvkgDFTFwd_CToC_64_64fc", "tvkgDFTInv_CToC_64_64fc",
     "tvkgDFTFwd_CToC_24_32fc", "tvkgDFTInv_CToC_24_32fc",
-    "tvkgDFTFwd_CToC_48_32fc", "tvkgDFTInv_CToC_48_32fc",
     "tvkgDFTFwd_CToC_60_32fc", "tvkgDFTInv_CToC_60_32fc",
     "tvkgDFTFwd_CToC_60_64fc", "tvkgDFTInv_CToC_60_64fc",
     "tvkgDFTFwd_CToC_25_32fc", "tvkgDFTInv_CToC_25_32fc",

@@ -15,6 +15,7 @@
 #include "dft_codelets.h"
 #include "exports.h"
 #include "output.h"
+#include "wht.h"
 
 int main(int argc, char** argv) {
     std::string dir;
@@ -34,7 +35,8 @@ int main(int argc, char** argv) {
         counts << "codelet\tplan\tadditions\tmultiplications\n";
         gen::writeComplexDft(out, shards, counts);
         out.write("opcounts.tsv", counts.str());
-        gen::writeExports(out, {gen::Family::ComplexDft, gen::Family::Version});
+        gen::writeWalshHadamard(out, shards);
+        gen::writeExports(out, {gen::Family::ComplexDft, gen::Family::WalshHadamard, gen::Family::Version});
     } catch (const std::exception& e) {
         std::cerr << "tvkgen-codegen: " << e.what() << '\n';
         return 1;

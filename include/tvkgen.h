@@ -106,6 +106,34 @@ tvkStatus tvkgDFTFwd_CToC_64fc(const tvk64fc* src, tvk64fc* dst, int32_t len, in
 tvkStatus tvkgDFTInv_CToC_32fc(const tvk32fc* src, tvk32fc* dst, int32_t len, int32_t flag);
 tvkStatus tvkgDFTInv_CToC_64fc(const tvk64fc* src, tvk64fc* dst, int32_t len, int32_t flag);
 
+/* ---- Walsh-Hadamard transform, orders 1 to 13 ------------------------------------
+ * N = 2^order;  y[k] = s * sum_n (-1)^popcount(n & k) * x[n], natural order.
+ * Computed stage by stage (pairs at distance 1, 2, 4, ...), then scaled, so
+ * results are reproducible bit for bit.  src and dst may be the same array;
+ * any alignment is accepted.  Orders 1 to 7 ignore `buffer`.  Orders 8 to 13
+ * use it as a work buffer of tvkgWHTGetBufferSize_* bytes, aligned to 16
+ * bytes and not overlapping src or dst; with a null buffer each call
+ * allocates one from tvkMalloc and releases it before returning.
+ */
+typedef tvkStatus (*tvkWHTCodelet_32f)(const tvk32f* src, tvk32f* dst, int32_t flag, uint8_t* buffer);
+typedef tvkStatus (*tvkWHTCodelet_64f)(const tvk64f* src, tvk64f* dst, int32_t flag, uint8_t* buffer);
+
+#define TVKGEN_DECLARE_WHT_CODELETS(M)                                                          \
+    tvkStatus tvkgWHT_##M##_32f(const tvk32f* src, tvk32f* dst, int32_t flag, uint8_t* buffer); \
+    tvkStatus tvkgWHT_##M##_64f(const tvk64f* src, tvk64f* dst, int32_t flag, uint8_t* buffer);
+TVKGEN_WHT_ORDERS(TVKGEN_DECLARE_WHT_CODELETS)
+#undef TVKGEN_DECLARE_WHT_CODELETS
+
+/* Order switches: order outside 1..13 gives StatusSize before anything else is looked at. */
+tvkStatus tvkgWHT_32f(const tvk32f* src, tvk32f* dst, int32_t order, int32_t flag, uint8_t* buffer);
+tvkStatus tvkgWHT_64f(const tvk64f* src, tvk64f* dst, int32_t order, int32_t flag, uint8_t* buffer);
+
+/* Work buffer bytes of an order into *size (0 for orders 1 to 7).  A null
+ * size gives StatusNullPtr, then a bad order StatusSize; *size is written only
+ * on success. */
+tvkStatus tvkgWHTGetBufferSize_32f(int32_t order, int32_t* size);
+tvkStatus tvkgWHTGetBufferSize_64f(int32_t order, int32_t* size);
+
 #ifdef __cplusplus
 }
 #endif

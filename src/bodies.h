@@ -14,6 +14,12 @@ extern "C" {
 TVKGEN_DFT_LENGTHS(TVK_DECLARE_DFT_BODIES)
 #undef TVK_DECLARE_DFT_BODIES
 
+#define TVK_DECLARE_WHT_BODIES(M)                                                                             \
+    TVK_INTERNAL tvkStatus u8_tvkgWHT_##M##_32f(const tvk32f* src, tvk32f* dst, int32_t flag, uint8_t* buffer); \
+    TVK_INTERNAL tvkStatus u8_tvkgWHT_##M##_64f(const tvk64f* src, tvk64f* dst, int32_t flag, uint8_t* buffer);
+TVKGEN_WHT_ORDERS(TVK_DECLARE_WHT_BODIES)
+#undef TVK_DECLARE_WHT_BODIES
+
 }
 
 namespace tvk {
@@ -21,5 +27,8 @@ namespace tvk {
 // Lengths 2 to 64 pass; every other value, negatives included, fails.  The
 // subtraction is done unsigned so that INT_MIN does not overflow.
 inline bool lengthInRange(int32_t len) { return static_cast<uint32_t>(len) - 2u <= 62u; }
+
+// Walsh-Hadamard orders 1 to 13 pass, tested the same way.
+inline bool orderInRange(int32_t order) { return static_cast<uint32_t>(order) - 1u <= 12u; }
 
 }  // namespace tvk

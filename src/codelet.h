@@ -26,17 +26,23 @@ inline bool aligned16(const void* a, const void* b) {
 
 // The checks of every Codelet, in their order, then the unscaled transform
 // with the flag's constant applied to each output just before its store.
+// The flag's constant into `s`; false for a flag that is not one of the four.
+template <Direction D, class S>
+__attribute__((always_inline)) inline bool pickScale(int32_t flag, const Scales<S>& k, S& s) {
+    switch (flag) {
+        case ScaleDivFwdByN: s = D == Inverse ? k.one : k.recip; return true;
+        case ScaleDivInvByN: s = D == Forward ? k.one : k.recip; return true;
+        case ScaleDivBySqrtN: s = k.rsqrt; return true;
+        case ScaleNoDiv: s = k.one; return true;
+        default: return false;
+    }
+}
+
 template <Direction D, auto Body, class T, class U, class S>
 __attribute__((always_inline)) inline tvkStatus run(const T* src, U* dst, int32_t flag, const Scales<S>& k) {
     if (!src || !dst) return StatusNullPtr;
     S s;
-    switch (flag) {
-        case ScaleDivFwdByN: s = D == Inverse ? k.one : k.recip; break;
-        case ScaleDivInvByN: s = D == Forward ? k.one : k.recip; break;
-        case ScaleDivBySqrtN: s = k.rsqrt; break;
-        case ScaleNoDiv: s = k.one; break;
-        default: return StatusScaleFlag;
-    }
+    if (!pickScale<D>(flag, k, s)) return StatusScaleFlag;
     Body(src, dst, s);
     return StatusOk;
 }

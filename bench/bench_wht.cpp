@@ -45,8 +45,14 @@ void radix4(T* x, int n) {
         }
 }
 
-tvkStatus library(const float* s, float* d, int m, uint8_t* b) { return tvkgWHT_32f(s, d, m, ScaleNoDiv, b); }
-tvkStatus library(const double* s, double* d, int m, uint8_t* b) { return tvkgWHT_64f(s, d, m, ScaleNoDiv, b); }
+// Each order's Codelet directly, as a caller of one fixed order would call it.
+#define WHT_ROW_32F(M) tvkgWHT_##M##_32f,
+#define WHT_ROW_64F(M) tvkgWHT_##M##_64f,
+constexpr tvkWHTCodelet_32f kCodelets32f[] = {TVKGEN_WHT_ORDERS(WHT_ROW_32F)};
+constexpr tvkWHTCodelet_64f kCodelets64f[] = {TVKGEN_WHT_ORDERS(WHT_ROW_64F)};
+
+tvkStatus library(const float* s, float* d, int m, uint8_t* b) { return kCodelets32f[m - 1](s, d, ScaleNoDiv, b); }
+tvkStatus library(const double* s, double* d, int m, uint8_t* b) { return kCodelets64f[m - 1](s, d, ScaleNoDiv, b); }
 int32_t bufferBytes(float*, int m) {
     int32_t size = 0;
     tvkgWHTGetBufferSize_32f(m, &size);

@@ -7,6 +7,7 @@
 #include "wht.h"
 
 #include <cmath>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -63,63 +64,104 @@ int log2Of(int n) { return static_cast<int>(std::lround(std::log2(n))); }
 
 std::string v(int i) { return "v" + std::to_string(i); }
 
-// Butterflies of the stages between whole vectors (or scalars): values
-// `count` apart by `distance`, doubling up to `count`.
-void wholeStages(std::ostream& s, int count, int firstDistance) {
-    for (int d = firstDistance; d < count; d *= 2)
-        for (int i = 0; i < count; ++i)
-            if (!(i & d)) s << "    tvk::butterfly(" << v(i) << ", " << v(i + d) << ");\n";
-}
+// Writes the butterflies of a straight line over `count` values in an order
+// that keeps at most a group of them live at a time: the stages below the
+// group size run group by group, the stages above run on every residue of
+// the group separately, recursively.  Each value still takes the stages in
+// ascending order and meets the same partners at the same depth.  Values are
+// loaded on first use; on the last stages, once every load is done, each
+// residue is stored as soon as it is final.
+class StageWriter {
+public:
+    using Emit = std::function<std::string(int)>;
+    // `lanes` > 1: stages within a vector are done by shuffles right after
+    // its group is loaded (stages 0 and 1 of tvk32f, stage 0 of tvk64f).
+    StageWriter(std::ostream& s, int lanes, Emit load, Emit store)
+        : s_(s), lanes_(lanes), load_(std::move(load)), store_(std::move(store)) {}
 
-// Stages 0 and 1 of tvk32f (lanes of a vector) or stage 0 of tvk64f, by
-// bringing lanes into separate vectors and back again.
-void laneStages(std::ostream& s, const Type& t, int vectors) {
-    if (t.single) {
-        for (int g = 0; g < vectors; g += 4) {
-            const std::string q = v(g) + ", " + v(g + 1) + ", " + v(g + 2) + ", " + v(g + 3);
-            s << "    _MM_TRANSPOSE4_PS(" << q << ");\n";
-            s << "    tvk::butterfly(" << v(g) << ", " << v(g + 1) << ");\n";
-            s << "    tvk::butterfly(" << v(g + 2) << ", " << v(g + 3) << ");\n";
-            s << "    tvk::butterfly(" << v(g) << ", " << v(g + 2) << ");\n";
-            s << "    tvk::butterfly(" << v(g + 1) << ", " << v(g + 3) << ");\n";
-            s << "    _MM_TRANSPOSE4_PS(" << q << ");\n";
+    void write(int count) {
+        stages(0, 1, count, true, true);
+        if (count <= kGroup)
+            for (int i = 0; i < count; ++i) s_ << store_(i);
+    }
+
+private:
+    static constexpr int kGroup = 8;
+
+    void stages(int base, int stride, int count, bool fresh, bool last) {
+        if (count <= kGroup) {
+            if (fresh) {
+                for (int i = 0; i < count; ++i) s_ << load_(base + i);
+                laneStages(base, count);
+            }
+            for (int d = 1; d < count; d *= 2)
+                for (int k = 0; k < count; ++k)
+                    if (!(k & d)) butterfly(base + k * stride, base + (k + d) * stride);
+            return;
         }
-    } else {
-        for (int g = 0; g < vectors; g += 2) {
-            s << "    tvk::exchange(" << v(g) << ", " << v(g + 1) << ");\n";
-            s << "    tvk::butterfly(" << v(g) << ", " << v(g + 1) << ");\n";
-            s << "    tvk::exchange(" << v(g) << ", " << v(g + 1) << ");\n";
+        for (int g = 0; g < count; g += kGroup) stages(base + g * stride, stride, kGroup, fresh, false);
+        for (int i = 0; i < kGroup; ++i) {
+            stages(base + i * stride, stride * kGroup, count / kGroup, false, false);
+            if (last)
+                for (int k = 0; k < count / kGroup; ++k) s_ << store_(base + (i + k * kGroup) * stride);
         }
     }
-}
+
+    void butterfly(int a, int b) { s_ << "    tvk::butterfly(" << v(a) << ", " << v(b) << ");\n"; }
+
+    void laneStages(int base, int count) {
+        if (lanes_ == 4) {
+            for (int g = base; g < base + count; g += 4) {
+                const std::string q = v(g) + ", " + v(g + 1) + ", " + v(g + 2) + ", " + v(g + 3);
+                s_ << "    _MM_TRANSPOSE4_PS(" << q << ");\n";
+                butterfly(g, g + 1);
+                butterfly(g + 2, g + 3);
+                butterfly(g, g + 2);
+                butterfly(g + 1, g + 3);
+                s_ << "    _MM_TRANSPOSE4_PS(" << q << ");\n";
+            }
+        } else if (lanes_ == 2) {
+            for (int g = base; g < base + count; g += 2) {
+                s_ << "    tvk::exchange(" << v(g) << ", " << v(g + 1) << ");\n";
+                butterfly(g, g + 1);
+                s_ << "    tvk::exchange(" << v(g) << ", " << v(g + 1) << ");\n";
+            }
+        }
+    }
+
+    std::ostream& s_;
+    int lanes_;
+    Emit load_, store_;
+};
 
 // The whole transform of 2^m elements in one straight line:
 //   template <class In, class Out> void name(const T* src, T* dst[, T s])
 // With `scaled` every output is multiplied by s just before its store.
 std::string straightLine(const std::string& name, int m, const Type& t, bool scaled) {
-    const int n = 1 << m, vectors = n / t.lanes();
+    const int lanes = t.lanes();
     std::ostringstream s;
     s << "template <class In, class Out>\nTVK_BODY void " << name << "(const " << t.elem() << "* src, " << t.elem()
       << "* dst" << (scaled ? ", " + t.elem() + " s" : "") << ") {\n";
-    for (int i = 0; i < vectors; ++i)
-        s << "    " << t.vec() << " " << v(i) << " = In::load(src + " << i * t.lanes() << ");\n";
-    laneStages(s, t, vectors);
-    wholeStages(s, vectors, 1);
     if (scaled) s << "    const " << t.vec() << " scale = " << t.splat() << "(s);\n";
-    for (int i = 0; i < vectors; ++i)
-        s << "    Out::store(dst + " << i * t.lanes() << ", "
-          << (scaled ? t.mul() + "(" + v(i) + ", scale)" : v(i)) << ");\n";
+    StageWriter(
+        s, lanes,
+        [&](int i) { return "    " + t.vec() + " " + v(i) + " = In::load(src + " + std::to_string(i * lanes) + ");\n"; },
+        [&](int i) {
+            return "    Out::store(dst + " + std::to_string(i * lanes) + ", " +
+                   (scaled ? t.mul() + "(" + v(i) + ", scale)" : v(i)) + ");\n";
+        })
+        .write((1 << m) / lanes);
     s << "}\n";
     return s.str();
 }
 
 std::string scalarBody(int m, const Type& t) {
-    const int n = 1 << m;
     std::ostringstream s;
     s << "TVK_BODY void body(const " << t.elem() << "* src, " << t.elem() << "* dst, " << t.elem() << " s) {\n";
-    for (int i = 0; i < n; ++i) s << "    " << t.elem() << " " << v(i) << " = src[" << i << "];\n";
-    wholeStages(s, n, 1);
-    for (int i = 0; i < n; ++i) s << "    dst[" << i << "] = " << v(i) << " * s;\n";
+    StageWriter(
+        s, 1, [&](int i) { return "    " + t.elem() + " " + v(i) + " = src[" + std::to_string(i) + "];\n"; },
+        [&](int i) { return "    dst[" + std::to_string(i) + "] = " + v(i) + " * s;\n"; })
+        .write(1 << m);
     s << "}\n";
     return s.str();
 }
@@ -133,12 +175,18 @@ std::string rowKernel(int rows, const Type& t, bool final) {
     if (final) s << "template <class Out>\n";
     s << "TVK_BODY void " << name << "(const " << t.elem() << "* in, " << t.elem() << "* out, int stride"
       << (final ? ", " + t.vec() + " scale" : "") << ") {\n";
-    for (int r = 0; r < rows; ++r)
-        s << "    " << t.vec() << " " << v(r) << " = " << t.aligned() << "::load(in + " << r << " * stride);\n";
-    wholeStages(s, rows, 1);
-    for (int r = 0; r < rows; ++r)
-        s << "    " << (final ? "Out" : t.aligned()) << "::store(out + " << r << " * stride, "
-          << (final ? t.mul() + "(" + v(r) + ", scale)" : v(r)) << ");\n";
+    const std::string target = final ? "Out" : t.aligned();
+    StageWriter(
+        s, 1,
+        [&](int r) {
+            return "    " + t.vec() + " " + v(r) + " = " + t.aligned() + "::load(in + " + std::to_string(r) +
+                   " * stride);\n";
+        },
+        [&](int r) {
+            return "    " + target + "::store(out + " + std::to_string(r) + " * stride, " +
+                   (final ? t.mul() + "(" + v(r) + ", scale)" : v(r)) + ");\n";
+        })
+        .write(rows);
     s << "}\n";
     return s.str();
 }

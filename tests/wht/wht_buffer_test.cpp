@@ -34,11 +34,7 @@ TEST(WhtBufferSize, NullSizeWinsAndBadOrderLeavesSize) {
     }
 }
 
-class WhtBuffer : public ::testing::TestWithParam<std::tuple<Type, int>> {
-protected:
-    bool single() const { return std::get<0>(GetParam()) == Type::F32; }
-    int order() const { return std::get<1>(GetParam()); }
-};
+class WhtBuffer : public ByTypeAndOrder {};
 
 // A null buffer: exactly one block of the queried size, released before the
 // call returns.  A caller's buffer, or a failed check: no allocation at all.
@@ -91,11 +87,6 @@ TEST_P(WhtBuffer, ContentOnEntryHasNoEffect) {
     single() ? bufferContentHasNoEffect<float>(order()) : bufferContentHasNoEffect<double>(order());
 }
 
-INSTANTIATE_TEST_SUITE_P(AllOrders, WhtBuffer, ::testing::Combine(::testing::Values(Type::F32, Type::F64),
-                                                                   ::testing::Range(1, 14)),
-                         [](const auto& info) {
-                             return std::string(nameOf(std::get<0>(info.param))) + "_order" +
-                                    std::to_string(std::get<1>(info.param));
-                         });
+INSTANTIATE_TEST_SUITE_P(AllOrders, WhtBuffer, everyTypeAndOrder(), caseName);
 
 }  // namespace

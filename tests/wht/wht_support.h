@@ -2,12 +2,16 @@
 // constants, calls by element type, and test data.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <ostream>
 #include <random>
+#include <string>
+#include <tuple>
 #include <vector>
 
 #include "tvkgen.h"
@@ -80,5 +84,20 @@ bool sameBits(const std::vector<T>& a, const std::vector<T>& b) {
 enum class Type { F32, F64 };
 inline const char* nameOf(Type t) { return t == Type::F32 ? "32f" : "64f"; }
 inline void PrintTo(Type t, std::ostream* os) { *os << nameOf(t); }
+
+// Tests run once per element type and order.
+class ByTypeAndOrder : public ::testing::TestWithParam<std::tuple<Type, int>> {
+protected:
+    bool single() const { return std::get<0>(GetParam()) == Type::F32; }
+    int order() const { return std::get<1>(GetParam()); }
+};
+
+inline auto everyTypeAndOrder() {
+    return ::testing::Combine(::testing::Values(Type::F32, Type::F64), ::testing::Range(1, 14));
+}
+
+inline std::string caseName(const ::testing::TestParamInfo<ByTypeAndOrder::ParamType>& info) {
+    return std::string(nameOf(std::get<0>(info.param))) + "_order" + std::to_string(std::get<1>(info.param));
+}
 
 }  // namespace whttest

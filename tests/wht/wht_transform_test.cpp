@@ -36,12 +36,7 @@ private:
     size_t count_;
 };
 
-class WhtOrder : public ::testing::TestWithParam<std::tuple<Type, int>> {
-protected:
-    bool single() const { return std::get<0>(GetParam()) == Type::F32; }
-    int order() const { return std::get<1>(GetParam()); }
-    size_t length() const { return size_t{1} << order(); }
-};
+class WhtOrder : public ByTypeAndOrder {};
 
 template <class T>
 void matchesReferenceUnderEveryFlag(int order) {
@@ -128,12 +123,7 @@ TEST_P(WhtOrder, FailuresLeaveDestinationUntouched) {
     single() ? failuresLeaveDestination<float>(order()) : failuresLeaveDestination<double>(order());
 }
 
-INSTANTIATE_TEST_SUITE_P(AllOrders, WhtOrder, ::testing::Combine(::testing::Values(Type::F32, Type::F64),
-                                                                  ::testing::Range(1, 14)),
-                         [](const auto& info) {
-                             return std::string(nameOf(std::get<0>(info.param))) + "_order" +
-                                    std::to_string(std::get<1>(info.param));
-                         });
+INSTANTIATE_TEST_SUITE_P(AllOrders, WhtOrder, everyTypeAndOrder(), caseName);
 
 TEST(WhtSwitch, BadOrderWinsOverEveryOtherError) {
     for (const int32_t order : {0, 14, -1, 99, INT_MIN, INT_MAX}) {

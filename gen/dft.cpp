@@ -3,6 +3,8 @@
 #include <cctype>
 #include <stdexcept>
 
+#include "pair_arithmetic.h"
+
 namespace gen {
 
 // ---------------------------------------------------------------- plan notation
@@ -147,17 +149,17 @@ namespace {
 
 using Nodes = std::vector<int>;
 
-Nodes dft2(Graph& g, const Nodes& x) { return {g.add(x[0], x[1]), g.sub(x[0], x[1])}; }
+Nodes dft2(Arithmetic& g, const Nodes& x) { return {g.add(x[0], x[1]), g.sub(x[0], x[1])}; }
 
 // Products of the single-precision 3 and 5 are formed in double and rounded once.
 struct Precise {
-    Graph& g;
+    Arithmetic& g;
     bool on;
     int in(int a) const { return on ? g.widen(a) : a; }
     int out(int a) const { return on ? g.narrow(a) : a; }
 };
 
-Nodes dft3(Graph& g, const Nodes& x, const DftOptions& opt) {
+Nodes dft3(Arithmetic& g, const Nodes& x, const DftOptions& opt) {
     const Precise p{g, opt.doubleProducts};
     const int a = g.add(x[1], x[2]), d = g.sub(x[1], x[2]);
     const int X0 = g.add(x[0], a);
@@ -166,7 +168,7 @@ Nodes dft3(Graph& g, const Nodes& x, const DftOptions& opt) {
     return {X0, g.add(m, e), g.sub(m, e)};
 }
 
-Nodes dft4(Graph& g, const Nodes& x, const DftOptions& opt) {
+Nodes dft4(Arithmetic& g, const Nodes& x, const DftOptions& opt) {
     const int a = g.add(x[0], x[2]), b = g.sub(x[0], x[2]);
     const int c = g.add(x[1], x[3]), d = g.sub(x[1], x[3]);
     const int r = g.mul(d, rotation(opt.sign));
@@ -175,7 +177,7 @@ Nodes dft4(Graph& g, const Nodes& x, const DftOptions& opt) {
 
 // The 5-point form.  `w` selects the variant with t = a + b, m = x0 - t/4 and
 // n = sqrt(5)/4 * (a - b) in place of the two cosine sums.
-Nodes dft5(Graph& g, const Nodes& x, const DftOptions& opt, bool w) {
+Nodes dft5(Arithmetic& g, const Nodes& x, const DftOptions& opt, bool w) {
     const Precise p{g, opt.doubleProducts};
     const Complex c1 = realConst(cosTurn(1, 5)), c2 = realConst(-cosTurn(2, 5));
     const Complex s1 = realConst(sinTurn(1, 5)), s2 = realConst(sinTurn(2, 5));
@@ -204,7 +206,7 @@ Nodes dft5(Graph& g, const Nodes& x, const DftOptions& opt, bool w) {
 
 // Form D, direct pairing of x[j] with x[p-j]; signs of the cosines and sines
 // are folded into the additions.
-Nodes direct(Graph& g, const Nodes& x, const DftOptions& opt) {
+Nodes direct(Arithmetic& g, const Nodes& x, const DftOptions& opt) {
     const int p = static_cast<int>(x.size()), L = (p - 1) / 2;
     Nodes a(L + 1), d(L + 1);
     for (int j = 1; j <= L; ++j) {
@@ -235,7 +237,7 @@ Nodes direct(Graph& g, const Nodes& x, const DftOptions& opt) {
 
 // Split radix, decimation in frequency.  The rotations act on the 2-point
 // differences; at n = N/8 both rotations share the products h*a and h*b.
-Nodes splitRadix(Graph& g, const Nodes& x, const DftOptions& opt) {
+Nodes splitRadix(Arithmetic& g, const Nodes& x, const DftOptions& opt) {
     const int N = static_cast<int>(x.size());
     if (N == 1) return x;
     if (N == 2) return dft2(g, x);
@@ -272,18 +274,18 @@ Nodes splitRadix(Graph& g, const Nodes& x, const DftOptions& opt) {
     return X;
 }
 
-Graph::Kernel kernelOf(const Plan& plan, const DftOptions& opt) {
+Arithmetic::Kernel kernelOf(const Plan& plan, const DftOptions& opt) {
     switch (plan.kind) {
         case Plan::Kind::Small:
             switch (plan.n) {
-                case 2: return [](Graph& g, const Nodes& x) { return dft2(g, x); };
-                case 3: return [opt](Graph& g, const Nodes& x) { return dft3(g, x, opt); };
-                case 4: return [opt](Graph& g, const Nodes& x) { return dft4(g, x, opt); };
-                default: return [opt](Graph& g, const Nodes& x) { return dft5(g, x, opt, false); };
+                case 2: return [](Arithmetic& g, const Nodes& x) { return dft2(g, x); };
+                case 3: return [opt](Arithmetic& g, const Nodes& x) { return dft3(g, x, opt); };
+                case 4: return [opt](Arithmetic& g, const Nodes& x) { return dft4(g, x, opt); };
+                default: return [opt](Arithmetic& g, const Nodes& x) { return dft5(g, x, opt, false); };
             }
-        case Plan::Kind::FiveW: return [opt](Graph& g, const Nodes& x) { return dft5(g, x, opt, true); };
-        case Plan::Kind::Direct: return [opt](Graph& g, const Nodes& x) { return direct(g, x, opt); };
-        case Plan::Kind::SplitRadix: return [opt](Graph& g, const Nodes& x) { return splitRadix(g, x, opt); };
+        case Plan::Kind::FiveW: return [opt](Arithmetic& g, const Nodes& x) { return dft5(g, x, opt, true); };
+        case Plan::Kind::Direct: return [opt](Arithmetic& g, const Nodes& x) { return direct(g, x, opt); };
+        case Plan::Kind::SplitRadix: return [opt](Arithmetic& g, const Nodes& x) { return splitRadix(g, x, opt); };
         default: throw std::logic_error("not a kernel");
     }
 }
@@ -298,7 +300,7 @@ Multipliers composePre(const Multipliers& pre, std::function<std::pair<int, int>
     };
 }
 
-Batch cooleyTukey(Graph& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
+Batch cooleyTukey(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
     const int P = plan.first->n, M = plan.second->n, N = plan.n, count = static_cast<int>(in.size());
     // Stage one: for each residue c, the P-point transform of x[c + M j].
     Batch s1(count * M, Signal(P));
@@ -322,7 +324,7 @@ Batch cooleyTukey(Graph& g, const Plan& plan, const Batch& in, const DftOptions&
     return out;
 }
 
-Batch goodThomas(Graph& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
+Batch goodThomas(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
     const int P = plan.first->n, M = plan.second->n, N = plan.n, count = static_cast<int>(in.size());
     Batch s1(count * M, Signal(P));
     for (int t = 0; t < count; ++t)
@@ -368,35 +370,45 @@ Signal gatherInputs(const Batch& in, int element) {
     return s;
 }
 
-Batch rader(Graph& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
+// Rader's multipliers B[k] = (1/n) sum_m w^(g^-m mod p) exp(-2 pi i m k / n).
+std::vector<Complex> raderMultipliers(int p, int root, int sign) {
+    const int n = p - 1, inverseRoot = powMod(root, p - 2, p);
+    std::vector<Complex> B(n);
+    for (int k = 0; k < n; ++k) {
+        Fixed re, im;
+        for (int m = 0; m < n; ++m) {
+            const Complex prod = rootOfUnity(powMod(inverseRoot, m, p), p, sign) *
+                                 rootOfUnity(static_cast<int64_t>(m) * k, n, -1);
+            re = re + prod.re.exact;
+            im = im + prod.im.exact;
+        }
+        B[k] = Complex::of(re.divInt(n), im.divInt(n));
+    }
+    return B;
+}
+
+// The inner transforms are a forward and an unnormalised inverse DFT in
+// both directions; only the root of unity in the multipliers changes.
+std::pair<DftOptions, DftOptions> raderInnerOptions(const DftOptions& opt) {
+    DftOptions forward = opt, backward = opt;
+    forward.sign = -1;
+    backward.sign = +1;
+    forward.doubleProducts = backward.doubleProducts = false;
+    return {forward, backward};
+}
+
+// Complex-multiplier form: every bin is multiplied by its B[k] in full.
+Batch rader(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
     const int p = plan.n, n = p - 1, root = plan.root, count = static_cast<int>(in.size());
     Batch a(count, Signal(n));
     for (int t = 0; t < count; ++t)
         for (int m = 0; m < n; ++m) a[t][m] = in[t][powMod(root, m, p)];
     Signal x0 = gatherInputs(in, 0);
     if (pre) x0 = g.scale(x0, [&](int t) { return pre(t, 0); });
-    // The inner transforms are a forward and an unnormalised inverse DFT in
-    // both directions; only the root of unity in the multipliers changes.
-    DftOptions forward = opt, backward = opt;
-    forward.sign = -1;
-    backward.sign = +1;
-    forward.doubleProducts = backward.doubleProducts = false;
+    const auto [forward, backward] = raderInnerOptions(opt);
     const Batch A = transform(g, *plan.first, a, forward,
                               composePre(pre, [root, p](int t, int m) { return std::pair{t, powMod(root, m, p)}; }));
-    // B[k] = (1/n) sum_m w^(g^-m mod p) exp(-2 pi i m k / n)
-    std::vector<Complex> B(n);
-    const int inverseRoot = powMod(root, p - 2, p);
-    for (int k = 0; k < n; ++k) {
-        Fixed re, im;
-        for (int m = 0; m < n; ++m) {
-            const Complex w = rootOfUnity(powMod(inverseRoot, m, p), p, opt.sign);
-            const Complex e = rootOfUnity(static_cast<int64_t>(m) * k, n, -1);
-            const Complex prod = w * e;
-            re = re + prod.re.exact;
-            im = im + prod.im.exact;
-        }
-        B[k] = Complex::of(re.divInt(n), im.divInt(n));
-    }
+    const std::vector<Complex> B = raderMultipliers(p, root, opt.sign);
     const Signal A0 = gatherInputs(A, 0);
     const Signal X0 = g.add(x0, A0);
     const Signal C0 = g.add(g.scale(A0, [&](int) { return B[0]; }), x0);
@@ -404,6 +416,7 @@ Batch rader(Graph& g, const Plan& plan, const Batch& in, const DftOptions& opt, 
     for (int t = 0; t < count; ++t) C[t][0] = C0[t];
     const Batch c = transform(g, *plan.second, C, backward,
                               [&B](int, int k) { return k == 0 ? Complex::one() : B[k]; });
+    const int inverseRoot = powMod(root, p - 2, p);
     Batch out(count, Signal(p));
     for (int t = 0; t < count; ++t) {
         out[t][0] = X0[t];
@@ -412,7 +425,63 @@ Batch rader(Graph& g, const Plan& plan, const Batch& in, const DftOptions& opt, 
     return out;
 }
 
-Batch bluestein(Graph& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
+// Deferred-rotation form: the convolution runs on values R + jI with a formal
+// unit j, so that every product is by a real coefficient.  The permuted input
+// is j-real, hence A[n-k] = conj A[k]; the multipliers of bins k and n-k are
+// conjugate up to a sign, so C[n-k] = +-conj C[k] costs nothing.  The result
+// c[q] = E[q] + jO[q] (with c[q + n/2] = E[q] - jO[q], since g^(n/2) = -1)
+// becomes X = E +- iO only at the very end.
+Batch raderDeferred(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt,
+                    const Multipliers& pre) {
+    const int p = plan.n, n = p - 1, h = n / 2, root = plan.root, count = static_cast<int>(in.size());
+    PairArithmetic pairs(g);
+    const std::vector<Complex> B = raderMultipliers(p, root, opt.sign);
+    // Sign of C[n-k] against conj C[k]: + where B[n-k] = conj B[k], - where B[n-k] = -conj B[k].
+    std::vector<bool> negated(n, false);
+    for (int k = 1; k < h; ++k) {
+        const Complex& b = B[k];
+        const Complex& mirror = B[n - k];
+        if (mirror.re.d == b.re.d && mirror.im.d == -b.im.d) continue;
+        if (mirror.re.d != -b.re.d || mirror.im.d != b.im.d) throw std::logic_error("Rader multipliers not paired");
+        negated[k] = true;
+    }
+    Batch a(count, Signal(n));
+    std::vector<int> x0(count);
+    for (int t = 0; t < count; ++t) {
+        auto fetch = [&](int element) {
+            const int v = g.valueOf(in[t][element]);
+            return pre ? g.mul(v, pre(t, element)) : v;
+        };
+        x0[t] = fetch(0);
+        for (int m = 0; m < n; ++m) a[t][m] = {pairs.lift(fetch(powMod(root, m, p))), 0};
+    }
+    const auto [forward, backward] = raderInnerOptions(opt);
+    const Batch A = transform(pairs, *plan.first, a, forward);
+    Batch C(count, Signal(n));
+    for (int t = 0; t < count; ++t) {
+        C[t][0] = {pairs.add(pairs.mul(A[t][0].node, B[0]), pairs.lift(x0[t])), 0};
+        for (int k = 1; k <= h; ++k) C[t][k] = {pairs.mul(A[t][k].node, B[k]), 0};
+        for (int k = h + 1; k < n; ++k) {
+            const int mirror = pairs.conjugate(C[t][n - k].node);
+            C[t][k] = {negated[n - k] ? pairs.mul(mirror, -Complex::one()) : mirror, 0};
+        }
+    }
+    const Batch c = transform(pairs, *plan.second, C, backward);
+    const int inverseRoot = powMod(root, p - 2, p);
+    Batch out(count, Signal(p));
+    for (int t = 0; t < count; ++t) {
+        out[t][0] = {g.add(x0[t], pairs.re(A[t][0].node)), 0};
+        for (int q = 0; q < h; ++q) {
+            const int E = pairs.re(c[t][q].node);
+            const int iO = g.mul(pairs.im(c[t][q].node), rotation(+1));
+            out[t][powMod(inverseRoot, q, p)] = {g.add(E, iO), 0};
+            out[t][powMod(inverseRoot, q + h, p)] = {g.sub(E, iO), 0};
+        }
+    }
+    return out;
+}
+
+Batch bluestein(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
     const int p = plan.n, L = plan.first->n, half = (p + 1) / 2, count = static_cast<int>(in.size());
     if (pre) throw std::logic_error("Bluestein is a whole body, never a factor");
     std::vector<Complex> chirp(p);
@@ -452,8 +521,8 @@ Batch bluestein(Graph& g, const Plan& plan, const Batch& in, const DftOptions& o
 
 // A composite transform on a whole number of lane groups runs in-lane: one
 // copy of its code, every lane on a different signal, no shuffles inside.
-Batch inLane(Graph& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
-    auto kernel = [&plan, &opt](Graph& g, const Nodes& x) {
+Batch inLane(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
+    auto kernel = [&plan, &opt](Arithmetic& g, const Nodes& x) {
         g.setInLane(true);
         Signal s;
         for (int v : x) s.push_back({v, 0});
@@ -468,7 +537,7 @@ Batch inLane(Graph& g, const Plan& plan, const Batch& in, const DftOptions& opt,
 
 }  // namespace
 
-Batch transform(Graph& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
+Batch transform(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
     const bool composite = plan.kind == Plan::Kind::CooleyTukey || plan.kind == Plan::Kind::GoodThomas ||
                            plan.kind == Plan::Kind::Rader || plan.kind == Plan::Kind::Bluestein;
     if (composite && !g.inLane() && (in.size() % g.width() == 0 || in.size() % g.width() == 3))
@@ -476,7 +545,8 @@ Batch transform(Graph& g, const Plan& plan, const Batch& in, const DftOptions& o
     switch (plan.kind) {
         case Plan::Kind::CooleyTukey: return cooleyTukey(g, plan, in, opt, pre);
         case Plan::Kind::GoodThomas: return goodThomas(g, plan, in, opt, pre);
-        case Plan::Kind::Rader: return rader(g, plan, in, opt, pre);
+        case Plan::Kind::Rader:
+            return opt.deferredRotation ? raderDeferred(g, plan, in, opt, pre) : rader(g, plan, in, opt, pre);
         case Plan::Kind::Bluestein: return bluestein(g, plan, in, opt, pre);
         default: return g.lanewise(in, kernelOf(plan, opt), pre);
     }

@@ -64,7 +64,8 @@ Codelet codelet(int n, const Set& set) {
     DftOptions opt;
     opt.sign = set.inverse ? +1 : -1;
     opt.doubleProducts = single && (n == 3 || n == 5);
-    opt.bluesteinReadsPast = split;  // x[p] times 0: a NaN behind the source reaches every output
+    opt.bluesteinReadsPast = split;
+    opt.deferredRotation = !single;  // x[p] times 0: a NaN behind the source reaches every output
     buildDft(g, *planFor(n, set.type), opt);
     const OpCount count = countOperations(g);
 

@@ -185,6 +185,11 @@ std::vector<int> Graph::pack(const std::vector<Ref>& values) {
     return out;
 }
 
+int Graph::valueOf(const Ref& r) {
+    if (laneGroup() != 1) throw std::logic_error("valueOf: a lane of a shared node has no node of its own");
+    return pack({r})[0];
+}
+
 Signal Graph::scale(const Signal& s, const std::function<Complex(int)>& constant) {
     bool fromMemory = false;
     for (const Ref& r : s) fromMemory |= r.isMemory();

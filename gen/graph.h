@@ -59,43 +59,68 @@ using Batch = std::vector<Signal>;
 // A constant per (signal of the batch, element): twiddles, Rader and Bluestein multipliers.
 using Multipliers = std::function<Complex(int signal, int element)>;
 
-class Graph {
+// What the transform builders need of the values they compute with: the
+// node graph itself, or pairs of its values standing for R + jI with a
+// formal unit j (the real-coefficient networks of the tvk64fc Rader form).
+class Arithmetic {
+public:
+    virtual ~Arithmetic() = default;
+    virtual int width() const = 0;
+    virtual bool inLane() const = 0;
+    virtual void setInLane(bool on) = 0;
+
+    virtual int zero() = 0;
+    virtual int add(int a, int b) = 0;
+    virtual int sub(int a, int b) = 0;
+    virtual int mul(int a, const Complex& c) = 0;  // the same constant in all lanes
+    virtual int widen(int a) = 0;
+    virtual int narrow(int a) = 0;
+    // The value a reference stands for, as a node of its own (in-lane only).
+    virtual int valueOf(const Ref& r) = 0;
+
+    // Multiplies every value of a signal by its constant (ones are skipped).
+    virtual Signal scale(const Signal& s, const std::function<Complex(int)>& constant) = 0;
+    // Element-wise sum of two signals of the same length.
+    virtual Signal add(const Signal& x, const Signal& y) = 0;
+
+    // Runs `kernel` (a straight-line transform on values, all lanes alike) on
+    // every signal of the batch, `width` signals at a time, one per lane.  If
+    // `pre` is given, input j of signal t is first multiplied by pre(t, j).
+    using Kernel = std::function<std::vector<int>(Arithmetic&, const std::vector<int>&)>;
+    virtual Batch lanewise(const Batch& in, const Kernel& kernel, const Multipliers& pre = {}) = 0;
+};
+
+class Graph : public Arithmetic {
 public:
     explicit Graph(int width) : width_(width) {}
-    int width() const { return width_; }
+    int width() const override { return width_; }
     const std::vector<Node>& nodes() const { return nodes_; }
     const Node& node(int id) const { return nodes_[id]; }
 
     // ---- node-level operations: every lane does the same ----
-    int zero();
+    int zero() override;
     int input(const std::array<int, kMaxWidth>& elements);
-    int add(int a, int b);
-    int sub(int a, int b);
-    int mul(int a, const Complex& c);  // the same constant in all lanes
+    int add(int a, int b) override;
+    int sub(int a, int b) override;
+    int mul(int a, const Complex& c) override;
     int mulLanes(int a, const std::array<Complex, kMaxWidth>& c);
     int shuffle(const std::array<Ref, kMaxWidth>& from);
-    int widen(int a);
-    int narrow(int a);
+    int widen(int a) override;
+    int narrow(int a) override;
+    int valueOf(const Ref& r) override;
 
     // ---- signal-level operations: lanes are assigned here ----
     // Packs a list of values into ceil(n / width) nodes, value i in lane i % width.
     std::vector<int> pack(const std::vector<Ref>& values);
-    // Multiplies every value of a signal by its constant (ones are skipped).
-    Signal scale(const Signal& s, const std::function<Complex(int)>& constant);
-    // Element-wise sum of two signals of the same length.
-    Signal add(const Signal& x, const Signal& y);
-
-    // Runs `kernel` (a straight-line transform on nodes, all lanes alike) on
-    // every signal of the batch, `width` signals at a time, one per lane.  If
-    // `pre` is given, input j of signal t is first multiplied by pre(t, j).
-    using Kernel = std::function<std::vector<int>(Graph&, const std::vector<int>&)>;
-    Batch lanewise(const Batch& in, const Kernel& kernel, const Multipliers& pre = {});
+    Signal scale(const Signal& s, const std::function<Complex(int)>& constant) override;
+    Signal add(const Signal& x, const Signal& y) override;
+    Batch lanewise(const Batch& in, const Kernel& kernel, const Multipliers& pre = {}) override;
 
     // In-lane mode: every lane runs the same transform, so a signal's value is
     // a whole node and nothing is spread over lanes.  Composite transforms
     // that have a full group of signals to work on run this way.
-    bool inLane() const { return inLane_ || width_ == 1; }
-    void setInLane(bool on) { inLane_ = on; }
+    bool inLane() const override { return inLane_ || width_ == 1; }
+    void setInLane(bool on) override { inLane_ = on; }
 
     // The outputs of the body: element k of the destination.
     void setOutputs(Signal out) { outputs_ = std::move(out); }

@@ -300,8 +300,28 @@ Multipliers composePre(const Multipliers& pre, std::function<std::pair<int, int>
     };
 }
 
+// A transform of j-real signals (pair values only) has X[N-k] = conj X[k]:
+// a join then computes its stage-two transforms for the first half of the
+// stage-one bins only, and conjugates the rest.
+bool allReal(Arithmetic& g, const Batch& in, const Multipliers& pre) {
+    if (pre) return false;
+    for (const Signal& s : in)
+        for (const Ref& r : s)
+            if (!g.isReal(r)) return false;
+    return true;
+}
+
+void fillByConjugation(Arithmetic& g, Batch& out, const std::vector<std::vector<bool>>& filled) {
+    for (size_t t = 0; t < out.size(); ++t) {
+        const int N = static_cast<int>(out[t].size());
+        for (int k = 0; k < N; ++k)
+            if (!filled[t][k]) out[t][k] = g.conjugate(out[t][(N - k) % N]);
+    }
+}
+
 Batch cooleyTukey(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
     const int P = plan.first->n, M = plan.second->n, N = plan.n, count = static_cast<int>(in.size());
+    const int rows = allReal(g, in, pre) ? P / 2 + 1 : P;
     // Stage one: for each residue c, the P-point transform of x[c + M j].
     Batch s1(count * M, Signal(P));
     for (int t = 0; t < count; ++t)
@@ -310,17 +330,22 @@ Batch cooleyTukey(Arithmetic& g, const Plan& plan, const Batch& in, const DftOpt
     const Batch Y = transform(g, *plan.first, s1, opt,
                               composePre(pre, [M](int s, int j) { return std::pair{s / M, s % M + M * j}; }));
     // Stage two: for each k1, the M-point transform over c of Y[c][k1] * w^(c k1).
-    Batch s2(count * P, Signal(M));
+    Batch s2(count * rows, Signal(M));
     for (int t = 0; t < count; ++t)
-        for (int k1 = 0; k1 < P; ++k1)
-            for (int c = 0; c < M; ++c) s2[t * P + k1][c] = Y[t * M + c][k1];
+        for (int k1 = 0; k1 < rows; ++k1)
+            for (int c = 0; c < M; ++c) s2[t * rows + k1][c] = Y[t * M + c][k1];
     const int sign = opt.sign;
     const Batch Z = transform(g, *plan.second, s2, opt,
-                              [P, N, sign](int s, int c) { return rootOfUnity(c * (s % P), N, sign); });
+                              [rows, N, sign](int s, int c) { return rootOfUnity(c * (s % rows), N, sign); });
     Batch out(count, Signal(N));
+    std::vector<std::vector<bool>> filled(count, std::vector<bool>(N, false));
     for (int t = 0; t < count; ++t)
-        for (int k1 = 0; k1 < P; ++k1)
-            for (int k2 = 0; k2 < M; ++k2) out[t][k1 + P * k2] = Z[t * P + k1][k2];
+        for (int k1 = 0; k1 < rows; ++k1)
+            for (int k2 = 0; k2 < M; ++k2) {
+                out[t][k1 + P * k2] = Z[t * rows + k1][k2];
+                filled[t][k1 + P * k2] = true;
+            }
+    fillByConjugation(g, out, filled);
     return out;
 }
 
@@ -334,7 +359,9 @@ Batch goodThomas(Arithmetic& g, const Plan& plan, const Batch& in, const DftOpti
                                   return std::pair{s / M, (M * a + P * (s % M)) % N};
                               }));
     // Stage two on each bin a of stage one; bin 0 may have a transform of its own.
+    const int lastBin = allReal(g, in, pre) ? P / 2 : P - 1;
     Batch out(count, Signal(N));
+    std::vector<std::vector<bool>> filled(count, std::vector<bool>(N, false));
     auto stageTwo = [&](const Plan& second, int firstBin, int lastBin) {
         Batch s2;
         for (int t = 0; t < count; ++t)
@@ -351,14 +378,16 @@ Batch goodThomas(Arithmetic& g, const Plan& plan, const Batch& in, const DftOpti
                     int k = 0;  // k = a mod P, k = k2 mod M
                     while (k % P != a || k % M != k2) ++k;
                     out[t][k] = Z[t * bins + (a - firstBin)][k2];
+                    filled[t][k] = true;
                 }
     };
     if (plan.secondOfBinZero) {
         stageTwo(*plan.secondOfBinZero, 0, 0);
-        stageTwo(*plan.second, 1, P - 1);
+        stageTwo(*plan.second, 1, lastBin);
     } else {
-        stageTwo(*plan.second, 0, P - 1);
+        stageTwo(*plan.second, 0, lastBin);
     }
+    fillByConjugation(g, out, filled);
     return out;
 }
 
@@ -425,55 +454,98 @@ Batch rader(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& 
     return out;
 }
 
-// Deferred-rotation form: the convolution runs on values R + jI with a formal
-// unit j, so that every product is by a real coefficient.  The permuted input
-// is j-real, hence A[n-k] = conj A[k]; the multipliers of bins k and n-k are
-// conjugate up to a sign, so C[n-k] = +-conj C[k] costs nothing.  The result
-// c[q] = E[q] + jO[q] (with c[q + n/2] = E[q] - jO[q], since g^(n/2) = -1)
-// becomes X = E +- iO only at the very end.
+// The bins 0 to n/2 of the forward DFT of length n of a j-real sequence
+// whose pair sums s[m] = a[m] + a[m + n/2] and differences d[m] = a[m] -
+// a[m + n/2] are given: even bins depend on s alone, odd bins on d alone, so
+// each comes from the length-n plan on s or d padded with zeros.  Returns
+// (R, I) of every bin as values of `target`.
+// A Good-Thomas join whose even factor comes second runs it first here (the
+// joined transform is the same): its stage on m, m + n/2 then meets the
+// zeros of the padding first, and the odd factor's transforms of the
+// padded sequence coincide.
+std::vector<std::pair<int, int>> halfSpectrum(Arithmetic& target, const Plan& plan, const std::vector<int>& s,
+                                              const std::vector<int>& d, const DftOptions& forward) {
+    const int n = plan.n, h = n / 2;
+    Plan pairingFirst = plan;
+    if (plan.kind == Plan::Kind::GoodThomas && plan.second->n % 2 == 0 && !plan.secondOfBinZero)
+        std::swap(pairingFirst.first, pairingFirst.second);
+    PairArithmetic pairs(target);
+    auto padded = [&](const std::vector<int>& half) {
+        Signal x(n, Ref::zero());
+        for (int m = 0; m < h; ++m) x[m] = {pairs.lift(half[m]), 0};
+        return transform(pairs, pairingFirst, Batch{x}, forward)[0];
+    };
+    const Signal even = padded(s), odd = padded(d);
+    std::vector<std::pair<int, int>> bins;
+    for (int k = 0; k <= h; ++k) {
+        const int v = pairs.valueOf(k % 2 == 0 ? even[k] : odd[k]);
+        bins.emplace_back(pairs.re(v), pairs.im(v));
+    }
+    return bins;
+}
+
+// Deferred-rotation form.  With j a formal unit, the convolution is
+// c[q] = E[q] + jO[q], where E is the cyclic correlation of the pair sums
+// with the cosines and O the negacyclic one of the pair differences with the
+// sines (g^(n/2) = -1 pairs x[k] with x[p-k]); X = E +- iO only at the end.
+// The forward half spectrum is a real-coefficient network, and E and O come
+// out of its transpose, a real-output inverse of the same cost, fed with the
+// products: bins k and n-k share one rotation by P = 2 Re B[k], Q = 2 Im B[k].
 Batch raderDeferred(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt,
                     const Multipliers& pre) {
     const int p = plan.n, n = p - 1, h = n / 2, root = plan.root, count = static_cast<int>(in.size());
-    PairArithmetic pairs(g);
     const std::vector<Complex> B = raderMultipliers(p, root, opt.sign);
-    // Sign of C[n-k] against conj C[k]: + where B[n-k] = conj B[k], - where B[n-k] = -conj B[k].
-    std::vector<bool> negated(n, false);
-    for (int k = 1; k < h; ++k) {
-        const Complex& b = B[k];
-        const Complex& mirror = B[n - k];
-        if (mirror.re.d == b.re.d && mirror.im.d == -b.im.d) continue;
-        if (mirror.re.d != -b.re.d || mirror.im.d != b.im.d) throw std::logic_error("Rader multipliers not paired");
-        negated[k] = true;
+    const DftOptions forward = raderInnerOptions(opt).first;
+    // The network once more on symbolic inputs (s then d), to be transposed;
+    // it is built by the plan of the back transform.
+    Graph network(1);
+    std::vector<int> symbolicS, symbolicD;
+    for (int m = 0; m < h; ++m) {
+        symbolicS.push_back(network.input({m, -1, -1, -1}));
+        symbolicD.push_back(network.input({h + m, -1, -1, -1}));
     }
-    Batch a(count, Signal(n));
-    std::vector<int> x0(count);
+    const auto symbolic = halfSpectrum(network, *plan.second, symbolicS, symbolicD, forward);
+    auto product = [&g](int v, const Fixed& k) { return k.isZero() ? g.zero() : g.mul(v, Complex::real(k)); };
+
+    const int inverseRoot = powMod(root, p - 2, p);
+    Batch out(count, Signal(p));
     for (int t = 0; t < count; ++t) {
         auto fetch = [&](int element) {
             const int v = g.valueOf(in[t][element]);
             return pre ? g.mul(v, pre(t, element)) : v;
         };
-        x0[t] = fetch(0);
-        for (int m = 0; m < n; ++m) a[t][m] = {pairs.lift(fetch(powMod(root, m, p))), 0};
-    }
-    const auto [forward, backward] = raderInnerOptions(opt);
-    const Batch A = transform(pairs, *plan.first, a, forward);
-    Batch C(count, Signal(n));
-    for (int t = 0; t < count; ++t) {
-        C[t][0] = {pairs.add(pairs.mul(A[t][0].node, B[0]), pairs.lift(x0[t])), 0};
-        for (int k = 1; k <= h; ++k) C[t][k] = {pairs.mul(A[t][k].node, B[k]), 0};
-        for (int k = h + 1; k < n; ++k) {
-            const int mirror = pairs.conjugate(C[t][n - k].node);
-            C[t][k] = {negated[n - k] ? pairs.mul(mirror, -Complex::one()) : mirror, 0};
+        const int x0 = fetch(0);
+        std::vector<int> s(h), d(h);
+        for (int m = 0; m < h; ++m) {
+            const int u = fetch(powMod(root, m, p)), w = fetch(powMod(root, m + h, p));
+            s[m] = g.add(u, w);
+            d[m] = g.sub(u, w);
         }
-    }
-    const Batch c = transform(pairs, *plan.second, C, backward);
-    const int inverseRoot = powMod(root, p - 2, p);
-    Batch out(count, Signal(p));
-    for (int t = 0; t < count; ++t) {
-        out[t][0] = {g.add(x0[t], pairs.re(A[t][0].node)), 0};
+        const auto A = halfSpectrum(g, *plan.first, s, d, forward);
+        std::vector<std::pair<int, int>> seeds;
+        auto seed = [&](int node, int value) {
+            if (network.node(node).op != Op::Zero) seeds.emplace_back(node, value);
+        };
+        // Bin 0: -1/n on the sum, plus x[0].
+        seed(symbolic[0].first, g.add(product(A[0].first, B[0].re.exact), x0));
+        for (int k = 1; k <= h; ++k) {
+            const int factor = k == h ? 1 : 2;
+            const Fixed P = B[k].re.exact.mulInt(factor), Q = B[k].im.exact.mulInt(factor);
+            const auto [R, I] = A[k];
+            const int re = g.sub(product(R, P), product(I, Q)), im = g.add(product(R, Q), product(I, P));
+            // Even bins feed E with C[k]; odd bins feed O with -jC[k].
+            if (k % 2 == 0) {
+                seed(symbolic[k].first, re);
+                seed(symbolic[k].second, im);
+            } else {
+                seed(symbolic[k].first, im);
+                seed(symbolic[k].second, g.sub(product(I, Q), product(R, P)));
+            }
+        }
+        const std::vector<int> EO = transpose(network, seeds, n, g);
+        out[t][0] = {g.add(x0, A[0].first), 0};
         for (int q = 0; q < h; ++q) {
-            const int E = pairs.re(c[t][q].node);
-            const int iO = g.mul(pairs.im(c[t][q].node), rotation(+1));
+            const int E = EO[q], iO = g.mul(EO[h + q], rotation(+1));
             out[t][powMod(inverseRoot, q, p)] = {g.add(E, iO), 0};
             out[t][powMod(inverseRoot, q + h, p)] = {g.sub(E, iO), 0};
         }

@@ -130,7 +130,8 @@ void writeComplexDft(Output& out, int shards, std::ostream& counts) {
                 // Deal the lengths out so that every shard gets short and long bodies.
                 files[(n - 2) % shards] << c.text;
                 counts << "tvkg" << set.stem() << "_" << n << "_" << set.suffix() << '\t' << c.plan << '\t'
-                       << c.count.additions << '\t' << c.count.multiplications + 2 * n << '\n';
+                       << c.count.additions << '\t' << c.count.multiplications + 2 * n << '\t'
+                       << c.count.complexProducts << '\n';
             }
             for (int i = 0; i < shards; ++i)
                 out.write(set.file() + "_" + std::to_string(i) + ".cpp",

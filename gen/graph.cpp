@@ -106,8 +106,28 @@ int Graph::mul(int a, const Complex& c) {
     return mulLanes(a, k);
 }
 
+int Graph::negate(int a) {
+    if (int m; isNegation(a, m)) return m;
+    Node n;
+    n.op = Op::Mul;
+    n.a = a;
+    n.k.fill(-Complex::one());
+    n.isDouble = nodes_[a].isDouble;
+    return intern(n);
+}
+
 int Graph::mulLanes(int a, const std::array<Complex, kMaxWidth>& c) {
     if (nodes_[a].op == Op::Zero || allOnes(c, width_)) return a;
+    // Products by -k are negations of products by k, so that a value and its
+    // negative are one node (the negation folds into additions).
+    bool negativeReal = true;
+    for (int l = 0; l < width_; ++l) negativeReal &= c[l].im.isZero() && c[l].re.d < 0 && c[l].sameAs(c[0]);
+    if (negativeReal) {
+        if (c[0].re.isMinusOne()) return negate(a);
+        std::array<Complex, kMaxWidth> positive;
+        for (int l = 0; l < width_; ++l) positive[l] = -c[l];
+        return negate(mulLanes(a, positive));
+    }
     // A product of a product folds into one when either constant is a unit
     // (+-1, +-i), which keeps the result exact.
     if (nodes_[a].op == Op::Mul && (allUnits(c) || allUnits(nodes_[a].k))) {
@@ -271,6 +291,37 @@ std::vector<int> Graph::liveNodes() const {
     return order;
 }
 
+std::vector<int> transpose(const Graph& network, const std::vector<std::pair<int, int>>& seeds, int inputs,
+                           Arithmetic& target) {
+    std::vector<int> adjoint(network.nodes().size(), -1);
+    auto accumulate = [&](int node, int value, bool negated) {
+        int& a = adjoint[node];
+        if (a < 0) a = negated ? target.mul(value, -Complex::one()) : value;
+        else a = negated ? target.sub(a, value) : target.add(a, value);
+    };
+    for (const auto& [node, value] : seeds) accumulate(node, value, false);
+    std::vector<int> result(inputs, -1);
+    for (int id = static_cast<int>(adjoint.size()) - 1; id >= 0; --id) {
+        const int v = adjoint[id];
+        if (v < 0) continue;
+        const Node& n = network.node(id);
+        switch (n.op) {
+            case Op::Input: result.at(n.element[0]) = v; break;
+            case Op::Zero: break;
+            case Op::Add: accumulate(n.a, v, false), accumulate(n.b, v, false); break;
+            case Op::Sub: accumulate(n.a, v, false), accumulate(n.b, v, true); break;
+            case Op::Mul:
+                if (!n.k[0].im.isZero()) throw std::logic_error("transpose: not a real-coefficient network");
+                accumulate(n.a, target.mul(v, n.k[0]), false);
+                break;
+            default: throw std::logic_error("transpose: not a linear network");
+        }
+    }
+    for (int& r : result)
+        if (r < 0) r = target.zero();
+    return result;
+}
+
 // Real operations of a multiplication, lane by lane, as the back-ends perform
 // it: real or imaginary constants take two products a lane (none for a
 // uniform +-1 or +-i), h (+-1 +- i) two products and two additions, any other
@@ -293,6 +344,7 @@ OpCount countOperations(const Graph& g) {
         if (realOnly) c = {0, uniform && re == 1 ? 0 : 2};
         else if (imagOnly) c = {0, uniform && im == 1 ? 0 : 2};
         else if (uniform && re == im) c = {2, 2};
+        if (!realOnly && !imagOnly) ++total.complexProducts;
         total.additions += c.additions * w;
         total.multiplications += c.multiplications * w;
     }

@@ -11,7 +11,9 @@
 #include <array>
 #include <functional>
 #include <map>
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "exact.h"
@@ -77,6 +79,11 @@ public:
     virtual int narrow(int a) = 0;
     // The value a reference stands for, as a node of its own (in-lane only).
     virtual int valueOf(const Ref& r) = 0;
+    virtual bool isZero(int v) const = 0;
+    // Whether a value is known to be j-real, and its j-conjugate: only pair
+    // values have a j.
+    virtual bool isReal(const Ref&) const { return false; }
+    virtual Ref conjugate(const Ref&) { throw std::logic_error("no j to conjugate"); }
 
     // Multiplies every value of a signal by its constant (ones are skipped).
     virtual Signal scale(const Signal& s, const std::function<Complex(int)>& constant) = 0;
@@ -104,10 +111,12 @@ public:
     int sub(int a, int b) override;
     int mul(int a, const Complex& c) override;
     int mulLanes(int a, const std::array<Complex, kMaxWidth>& c);
+    int negate(int a);
     int shuffle(const std::array<Ref, kMaxWidth>& from);
     int widen(int a) override;
     int narrow(int a) override;
     int valueOf(const Ref& r) override;
+    bool isZero(int v) const override { return nodes_[v].op == Op::Zero; }
 
     // ---- signal-level operations: lanes are assigned here ----
     // Packs a list of values into ceil(n / width) nodes, value i in lane i % width.
@@ -144,10 +153,20 @@ private:
     Signal outputs_;
 };
 
+// The transpose of a real-coefficient network (inputs, additions,
+// subtractions, products by real constants), built on `target`: `seeds`
+// gives a target value for some network nodes (their outputs), and the
+// result holds, for every input element 0 to inputs - 1, the sum over all
+// paths from that input to a seeded node.  A real-input DFT network
+// transposed this way is a real-output inverse of the same cost.
+std::vector<int> transpose(const Graph& network, const std::vector<std::pair<int, int>>& seeds, int inputs,
+                           Arithmetic& target);
+
 // Real operation counts of a body, lane by lane, without the scale.
 struct OpCount {
     int additions = 0;
     int multiplications = 0;
+    int complexProducts = 0;  // products by a constant with both parts nonzero
 };
 OpCount countOperations(const Graph& g);
 

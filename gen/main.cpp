@@ -32,7 +32,7 @@ int main(int argc, char** argv) {
     try {
         gen::Output out(dir);
         std::ostringstream counts;
-        counts << "codelet\tplan\tadditions\tmultiplications\n";
+        counts << "codelet\tplan\tadditions\tmultiplications\tcomplex_products\n";
         gen::writeComplexDft(out, shards, counts);
         out.write("opcounts.tsv", counts.str());
         gen::writeWalshHadamard(out, shards);

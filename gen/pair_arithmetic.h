@@ -23,6 +23,9 @@ public:
     int im(int v) const { return values_[v].second; }
     // R - jI
     int conjugate(int v);
+    Ref conjugate(const Ref& r) override { return r.isZero() ? r : Ref{conjugate(r.node), 0}; }
+    bool isReal(const Ref& r) const override { return r.isZero() || parent_.isZero(im(r.node)); }
+    bool isZero(int v) const override { return parent_.isZero(re(v)) && parent_.isZero(im(v)); }
 
     int width() const override { return 1; }
     bool inLane() const override { return true; }

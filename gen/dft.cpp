@@ -416,9 +416,10 @@ std::vector<Complex> raderMultipliers(int p, int root, int sign) {
     return B;
 }
 
-// The inner transforms are a forward and an unnormalised inverse DFT in
-// both directions; only the root of unity in the multipliers changes.
-std::pair<DftOptions, DftOptions> raderInnerOptions(const DftOptions& opt) {
+// The inner transforms of Rader and Bluestein are a forward and an
+// unnormalised inverse DFT in both directions; only the root of unity in the
+// multipliers changes.
+std::pair<DftOptions, DftOptions> convolutionOptions(const DftOptions& opt) {
     DftOptions forward = opt, backward = opt;
     forward.sign = -1;
     backward.sign = +1;
@@ -434,7 +435,7 @@ Batch rader(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& 
         for (int m = 0; m < n; ++m) a[t][m] = in[t][powMod(root, m, p)];
     Signal x0 = gatherInputs(in, 0);
     if (pre) x0 = g.scale(x0, [&](int t) { return pre(t, 0); });
-    const auto [forward, backward] = raderInnerOptions(opt);
+    const auto [forward, backward] = convolutionOptions(opt);
     const Batch A = transform(g, *plan.first, a, forward,
                               composePre(pre, [root, p](int t, int m) { return std::pair{t, powMod(root, m, p)}; }));
     const std::vector<Complex> B = raderMultipliers(p, root, opt.sign);
@@ -495,7 +496,7 @@ Batch raderDeferred(Arithmetic& g, const Plan& plan, const Batch& in, const DftO
                     const Multipliers& pre) {
     const int p = plan.n, n = p - 1, h = n / 2, root = plan.root, count = static_cast<int>(in.size());
     const std::vector<Complex> B = raderMultipliers(p, root, opt.sign);
-    const DftOptions forward = raderInnerOptions(opt).first;
+    const DftOptions forward = convolutionOptions(opt).first;
     // The network once more on symbolic inputs (s then d), to be transposed;
     // it is built by the plan of the back transform.
     Graph network(1);
@@ -539,7 +540,7 @@ Batch raderDeferred(Arithmetic& g, const Plan& plan, const Batch& in, const DftO
                 seed(symbolic[k].second, im);
             } else {
                 seed(symbolic[k].first, im);
-                seed(symbolic[k].second, g.sub(product(I, Q), product(R, P)));
+                seed(symbolic[k].second, g.mul(re, -Complex::one()));
             }
         }
         const std::vector<int> EO = transpose(network, seeds, n, g);
@@ -565,9 +566,7 @@ Batch bluestein(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptio
         if (opt.bluesteinReadsPast) y[t][p] = Ref::memory(p);
     }
     const Complex zero = Complex::real(Fixed{});
-    DftOptions forward = opt, backward = opt;
-    forward.sign = -1;
-    backward.sign = +1;
+    const auto [forward, backward] = convolutionOptions(opt);
     const Batch Y = transform(g, *plan.first, y, forward,
                               [&](int, int k) { return k < p ? chirp[k] : zero; });
     // H[k] = (1/L) sum over m = -(p-1)..p-1 of w^(-t m^2 mod p) exp(-2 pi i m k / L)

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "emit.h"
+#include "schedule.h"
 
 namespace gen {
 
@@ -38,7 +39,14 @@ std::string product(const std::string& a, const Complex& k) {
 std::string emitInterleaved(const Graph& g) {
     std::ostringstream out;
     auto name = [](int id) { return "v" + std::to_string(id); };
-    for (int id : g.liveNodes()) {
+    const std::vector<int> order = scheduleNodes(g);
+    const Signal& res = g.outputs();
+    std::vector<int> storedNodes;
+    for (const Ref& r : res) storedNodes.push_back(r.node);
+    const std::vector<int> storeAt = storePositions(g, order, storedNodes);
+    out << "    const __m128d scale = _mm_set1_pd(s);\n";
+    for (size_t i = 0; i < order.size(); ++i) {
+        const int id = order[i];
         const Node& n = g.node(id);
         std::string expr;
         switch (n.op) {
@@ -50,11 +58,10 @@ std::string emitInterleaved(const Graph& g) {
             default: throw std::logic_error("no such operation in an interleaved body");
         }
         out << "    const __m128d " << name(id) << " = " << expr << ";\n";
+        for (size_t k = 0; k < res.size(); ++k)
+            if (storeAt[k] == static_cast<int>(i))
+                out << "    M::store(&dst[" << k << "].re, _mm_mul_pd(" << name(res[k].node) << ", scale));\n";
     }
-    out << "    const __m128d scale = _mm_set1_pd(s);\n";
-    const Signal& res = g.outputs();
-    for (size_t k = 0; k < res.size(); ++k)
-        out << "    M::store(&dst[" << k << "].re, _mm_mul_pd(" << name(res[k].node) << ", scale));\n";
     return out.str();
 }
 

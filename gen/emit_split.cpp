@@ -11,8 +11,10 @@
 #include <map>
 #include <sstream>
 #include <stdexcept>
+#include <vector>
 
 #include "emit.h"
+#include "schedule.h"
 
 namespace gen {
 
@@ -28,8 +30,17 @@ public:
     explicit SplitEmitter(const Graph& g) : g_(g), parts_(g.nodes().size()) {}
 
     std::string run() {
-        for (int id : g_.liveNodes()) emitNode(id);
-        emitStores();
+        const std::vector<Store> stores = storesOf(g_.outputs());
+        std::vector<int> storedNodes;
+        for (const Store& st : stores) storedNodes.push_back(st.node);
+        const std::vector<int> order = scheduleNodes(g_);
+        const std::vector<int> storeAt = storePositions(g_, order, storedNodes);
+        out_ << "    const __m128 scale = _mm_set1_ps(s);\n";
+        for (size_t i = 0; i < order.size(); ++i) {
+            emitNode(order[i]);
+            for (size_t j = 0; j < stores.size(); ++j)
+                if (storeAt[j] == static_cast<int>(i)) emitStore(stores[j]);
+        }
         return out_.str();
     }
 
@@ -178,30 +189,38 @@ private:
         return define("_mm_mul_ps(" + v + ", scale)");
     }
 
-    void emitStores() {
-        out_ << "    const __m128 scale = _mm_set1_ps(s);\n";
-        const Signal& res = g_.outputs();
+    // One store: output k alone (8 bytes), or outputs k and k + 1 together
+    // (16 bytes) when they sit in adjacent lanes of one node.
+    struct Store {
+        size_t k;
+        bool pair;
+        int node;
+    };
+
+    static std::vector<Store> storesOf(const Signal& res) {
+        std::vector<Store> stores;
         for (size_t k = 0; k < res.size(); ++k) {
             const Ref r = res[k];
-            const std::string at = "&dst[" + std::to_string(k) + "]";
-            const bool pairs = k + 1 < res.size() && r.lane % 2 == 0 && res[k + 1].node == r.node &&
-                               res[k + 1].lane == r.lane + 1;
-            if (pairs) {
-                const std::string v = result(r.node, r.lane >= 2);
-                stores_ << "    " << (k % 2 ? "_mm_storeu_ps(" : "M::store(") << at << ".re, " << v << ");\n";
-                ++k;
-            } else {
-                const std::string v = result(r.node, r.lane >= 2);
-                stores_ << "    " << (r.lane % 2 ? "tvk::storeHigh(" : "tvk::storeLow(") << at << ", " << v << ");\n";
-            }
+            const bool pair = k + 1 < res.size() && r.lane % 2 == 0 && res[k + 1].node == r.node &&
+                              res[k + 1].lane == r.lane + 1;
+            stores.push_back({k, pair, r.node});
+            if (pair) ++k;
         }
-        out_ << stores_.str();
+        return stores;
+    }
+
+    void emitStore(const Store& st) {
+        const Ref r = g_.outputs()[st.k];
+        const std::string at = "&dst[" + std::to_string(st.k) + "]";
+        const std::string v = result(r.node, r.lane >= 2);
+        if (st.pair) out_ << "    " << (st.k % 2 ? "_mm_storeu_ps(" : "M::store(") << at << ".re, " << v << ");\n";
+        else out_ << "    " << (r.lane % 2 ? "tvk::storeHigh(" : "tvk::storeLow(") << at << ", " << v << ");\n";
     }
 
     const Graph& g_;
     std::vector<std::array<Part, 2>> parts_;
     std::map<std::string, std::string> cse_;
-    std::ostringstream out_, stores_;
+    std::ostringstream out_;
     int next_ = 0;
 };
 

@@ -6,6 +6,7 @@
 // (0x88 takes the real parts, 0xDD the imaginary parts); results leave
 // through low and high unpacks, one multiplication by the scale per result
 // vector, and 16-byte stores where two adjacent outputs share a vector.
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <map>
@@ -132,33 +133,72 @@ private:
         p[1] = {define("_mm_shuffle_ps(" + lo + ", " + hi + ", 0xDD)"), false};
     }
 
-    // A vector holding lanes (x.i, y.j) somewhere; returns it and their positions.
-    std::pair<std::string, std::array<int, 2>> pairOf(const std::string& x, int i, const std::string& y, int j) {
-        if (x == y) {
-            if (i == 0 && j == 1) return {x, {0, 1}};
-            return {define("_mm_shuffle_ps(" + x + ", " + x + ", " + std::to_string(i | j << 2) + ")"), {0, 1}};
+    // Lane `lane` of the variable `from`; an empty name is a spare lane.
+    struct Lane {
+        std::string from;
+        int lane = 0;
+        bool spare() const { return from.empty(); }
+    };
+    using Lanes = std::array<Lane, kMaxWidth>;
+
+    static bool fits(const Lane& want, const std::string& v, int lane) {
+        return want.spare() || (want.from == v && want.lane == lane);
+    }
+
+    // One instruction on x and y that gives `want`, if there is one: a
+    // shufps (lanes 0, 1 from x, lanes 2, 3 from y) or an unpack.
+    static std::string oneInstruction(const Lanes& want, const std::string& x, const std::string& y) {
+        bool shuffles = true, inPlace = x == y;
+        int imm = 0;
+        for (int l = 0; l < kMaxWidth; ++l) {
+            if (want[l].spare()) continue;
+            shuffles &= want[l].from == (l < 2 ? x : y);
+            inPlace &= want[l].lane == l;
+            imm |= want[l].lane << 2 * l;
         }
-        if (i == j && i < 2) return {define("_mm_unpacklo_ps(" + x + ", " + y + ")"), {2 * i, 2 * i + 1}};
-        if (i == j) return {define("_mm_unpackhi_ps(" + x + ", " + y + ")"), {2 * (i - 2), 2 * (i - 2) + 1}};
-        return {define("_mm_shuffle_ps(" + x + ", " + y + ", " + std::to_string(i | i << 2 | j << 4 | j << 6) + ")"),
+        if (shuffles) {
+            if (inPlace) return x;
+            return "_mm_shuffle_ps(" + x + ", " + y + ", " + std::to_string(imm) + ")";
+        }
+        for (const int half : {0, 2}) {
+            bool unpacks = true;
+            for (int l = 0; l < kMaxWidth; ++l) unpacks &= fits(want[l], l % 2 ? y : x, half + l / 2);
+            if (unpacks) return (half ? "_mm_unpackhi_ps(" : "_mm_unpacklo_ps(") + x + ", " + y + ")";
+        }
+        return {};
+    }
+
+    // A variable that holds lanes a and b somewhere, and their positions in it.
+    std::pair<std::string, std::array<int, 2>> pairOf(const Lane& a, const Lane& b) {
+        if (a.spare()) return {b.from, {b.lane, b.lane}};
+        if (b.spare() || a.from == b.from) return {a.from, {a.lane, b.spare() ? a.lane : b.lane}};
+        if (a.lane == b.lane) {
+            const int h = a.lane / 2 * 2;
+            return {define(std::string(h ? "_mm_unpackhi_ps(" : "_mm_unpacklo_ps(") + a.from + ", " + b.from + ")"),
+                    {2 * (a.lane - h), 2 * (a.lane - h) + 1}};
+        }
+        return {define("_mm_shuffle_ps(" + a.from + ", " + b.from + ", " +
+                       std::to_string(a.lane | a.lane << 2 | b.lane << 4 | b.lane << 6) + ")"),
                 {0, 2}};
     }
 
-    // Lane l of the result is lane from[l].lane of part c of node from[l].node.
+    // Lane l of the result is lane from[l].lane of part c of node from[l].node;
+    // spare lanes take whatever the cheapest sequence leaves in them.
     std::string gather(const Node& n, int c) {
-        std::array<std::string, kMaxWidth> src;
-        std::array<int, kMaxWidth> lane{};
+        Lanes want;
+        std::vector<std::string> sources;
         for (int l = 0; l < kMaxWidth; ++l) {
-            src[l] = plain(parts_[n.from[l].node][c]);
-            lane[l] = n.from[l].lane;
+            if (n.from[l].isSpare()) continue;
+            want[l] = {plain(parts_[n.from[l].node][c]), n.from[l].lane};
+            if (std::find(sources.begin(), sources.end(), want[l].from) == sources.end())
+                sources.push_back(want[l].from);
         }
-        if (src[0] == src[1] && src[2] == src[3]) {
-            const int imm = lane[0] | lane[1] << 2 | lane[2] << 4 | lane[3] << 6;
-            if (src[0] == src[2] && imm == 0xE4) return src[0];
-            return define("_mm_shuffle_ps(" + src[0] + ", " + src[2] + ", " + std::to_string(imm) + ")");
-        }
-        const auto [low, lp] = pairOf(src[0], lane[0], src[1], lane[1]);
-        const auto [high, hp] = pairOf(src[2], lane[2], src[3], lane[3]);
+        for (const std::string& x : sources)
+            for (const std::string& y : sources)
+                if (std::string e = oneInstruction(want, x, y); !e.empty()) return e == x ? x : define(e);
+        const bool lowSpare = want[0].spare() && want[1].spare(), highSpare = want[2].spare() && want[3].spare();
+        const auto [low, lp] = pairOf(want[lowSpare ? 2 : 0], want[lowSpare ? 3 : 1]);
+        const auto [high, hp] = pairOf(want[highSpare ? 0 : 2], want[highSpare ? 1 : 3]);
         return define("_mm_shuffle_ps(" + low + ", " + high + ", " +
                       std::to_string(lp[0] | lp[1] << 2 | hp[0] << 4 | hp[1] << 6) + ")");
     }

@@ -197,7 +197,7 @@ std::vector<int> Graph::pack(const std::vector<Ref>& values) {
             } else {
                 for (int l = 0; l < used; ++l)
                     if (group[l].isZero()) group[l] = {zero(), 0};
-                for (int l = used; l < width_; ++l) group[l] = group[0];  // spare lanes: any value
+                for (int l = used; l < width_; ++l) group[l] = Ref::spare();
                 out.push_back(shuffle(group));
             }
         }

@@ -28,7 +28,7 @@ enum class Op {
     Add,
     Sub,
     Mul,      // a times the constant of each lane
-    Shuffle,  // each lane copied from a lane of another node (or zero)
+    Shuffle,  // each lane copied from a lane of another node (or zero, or left spare)
     Widen,    // single to double precision, exact
     Narrow,   // double to single precision, one rounding
 };
@@ -37,11 +37,14 @@ enum class Op {
 struct Ref {
     static constexpr int kMemory = -2;  // lane is then the element index of the source
     static constexpr int kZero = -3;
+    static constexpr int kSpare = -4;  // a lane whose value is never used: any value will do
     int node = kZero;
     int lane = 0;
     static Ref memory(int element) { return {kMemory, element}; }
     static Ref zero() { return {kZero, 0}; }
+    static Ref spare() { return {kSpare, 0}; }
     bool isZero() const { return node == kZero; }
+    bool isSpare() const { return node == kSpare; }
     bool isMemory() const { return node == kMemory; }
 };
 

@@ -9,11 +9,12 @@
 // scale; FFTW runs a FFTW_MEASURE plan through its new-array execute.  Before
 // timing, both results are compared so that a wrong answer cannot pass for a
 // fast one.  After the runs a table of CPU ns per call is printed, with the
-// ratio ours/FFTW and a flop-based lower bound for ours.
+// ratio ours/FFTW and the lower bound of 128-bit code on this core.
 #include <benchmark/benchmark.h>
 #include <fftw3.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -204,27 +205,42 @@ private:
 
 // ---- flop-based lower bound -----------------------------------------------------
 
-// First "cpu MHz" of /proc/cpuinfo, in GHz; 0 if there is none.
-double clockGHz() {
-    std::ifstream cpuinfo("/proc/cpuinfo");
-    for (std::string line; std::getline(cpuinfo, line);)
-        if (line.rfind("cpu MHz", 0) == 0) return std::stod(line.substr(line.find(':') + 1)) / 1000;
-    return 0;
+// The clock the core really runs at, in GHz: a chain of dependent integer
+// additions takes one cycle each.  /proc/cpuinfo reports the nominal clock,
+// which boosting cores exceed.
+double measuredClockGHz() {
+    constexpr long kRounds = 50'000'000;
+    double best = 0;
+    for (int trial = 0; trial < 3; ++trial) {
+        long chain = 0;
+        const auto start = std::chrono::steady_clock::now();
+        for (long i = 0; i < kRounds; ++i)
+            asm volatile("add $1, %0\n\tadd $1, %0\n\tadd $1, %0\n\tadd $1, %0\n\t"
+                         "add $1, %0\n\tadd $1, %0\n\tadd $1, %0\n\tadd $1, %0"
+                         : "+r"(chain));
+        const double ns = std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count();
+        best = std::max(best, 8.0 * kRounds / ns);
+    }
+    return best;
 }
 
-// Real additions plus multiplications of each Codelet, by name, from the
+struct OpCounts {
+    long additions = 0, multiplications = 0;
+};
+
+// Real additions and multiplications of each Codelet, by name, from the
 // generator's opcounts.tsv (codelet, plan, additions, multiplications).
-std::map<std::string, long> readOpCounts(const char* path) {
-    std::map<std::string, long> ops;
+std::map<std::string, OpCounts> readOpCounts(const char* path) {
+    std::map<std::string, OpCounts> ops;
     std::ifstream file(path);
     std::string line;
     std::getline(file, line);  // header
     while (std::getline(file, line)) {
         std::istringstream fields(line);
         std::string codelet, plan;
-        long additions = 0, multiplications = 0;
-        if (std::getline(fields, codelet, '\t') && std::getline(fields, plan, '\t') && fields >> additions >> multiplications)
-            ops[codelet] = additions + multiplications;
+        OpCounts c;
+        if (std::getline(fields, codelet, '\t') && std::getline(fields, plan, '\t') && fields >> c.additions >> c.multiplications)
+            ops[codelet] = c;
     }
     return ops;
 }
@@ -242,23 +258,23 @@ double median(std::vector<double> values) {
 }
 
 void printTable(const std::map<Key, Timing>& timings) {
-    const double ghz = clockGHz();
     const auto ops = readOpCounts(TVKGEN_OPCOUNTS_PATH);
-    const bool withBound = ghz > 0 && !ops.empty();
+    const bool withBound = !ops.empty();
+    const double ghz = withBound ? measuredClockGHz() : 0;
     if (withBound)
-        std::printf("\nbound = (additions + multiplications) / (lanes x 2 ops/cycle) / %.3f GHz\n"
-                    "        (clock: first \"cpu MHz\" of /proc/cpuinfo; lanes 4 for tvk32fc, 2 for tvk64fc;\n"
-                    "         operation counts from %s)\n"
-                    "A time below the bound means this core does more than 2 vector operations per cycle\n"
-                    "or runs above that clock: the bound is a model, not a guarantee.\n",
+        std::printf("\nbound = max(additions, multiplications) / (lanes x 2 per cycle) / %.3f GHz\n"
+                    "        128-bit vectors (lanes 4 for tvk32fc, 2 for tvk64fc) on two addition and two\n"
+                    "        multiplication pipes, at the clock measured by a chain of dependent additions;\n"
+                    "        operation counts from %s.  No SSE body can run below it on this core,\n"
+                    "        so a case where FFTW does (with wider vectors) is out of reach for 128-bit code.\n",
                     ghz, TVKGEN_OPCOUNTS_PATH);
     else
-        std::printf("\n(no lower bound column: cannot read %s or the clock in /proc/cpuinfo)\n", TVKGEN_OPCOUNTS_PATH);
+        std::printf("\n(no bound column: cannot read %s)\n", TVKGEN_OPCOUNTS_PATH);
 
-    std::printf("\n| length | type | dir | ours ns | FFTW ns | ours/FFTW |%s\n", withBound ? " bound ns |" : "");
-    std::printf("|---:|---|---|---:|---:|---:|%s\n", withBound ? "---:|" : "");
-    std::map<std::string, std::vector<double>> ratios;
-    int belowBound = 0;
+    std::printf("\n| length | type | dir | ours ns | FFTW ns | ours/FFTW |%s\n", withBound ? " bound ns | ours/bound |" : "");
+    std::printf("|---:|---|---|---:|---:|---:|%s\n", withBound ? "---:|---:|" : "");
+    std::map<std::string, std::vector<double>> ratios, overBound;
+    int fftwBelowBound = 0;
     for (const auto& [key, t] : timings) {
         const double ratio = t.ours / t.fftw;
         if (std::isfinite(ratio)) ratios[key.type].push_back(ratio);
@@ -267,10 +283,14 @@ void printTable(const std::map<Key, Timing>& timings) {
         if (withBound) {
             const auto it = ops.find(codeletName(key));
             const int lanes = key.type == Types<tvk32fc>::name ? Types<tvk32fc>::lanes : Types<tvk64fc>::lanes;
-            const double bound = it == ops.end() ? NAN : it->second / (lanes * 2.0) / ghz;
-            belowBound += t.ours < bound;
-            if (it != ops.end()) std::printf(" %.2f |", bound);
-            else std::printf(" - |");
+            if (it != ops.end()) {
+                const double bound = std::max(it->second.additions, it->second.multiplications) / (lanes * 2.0) / ghz;
+                fftwBelowBound += t.fftw < bound;
+                overBound[key.type].push_back(t.ours / bound);
+                std::printf(" %.2f | %.2f |", bound, t.ours / bound);
+            } else {
+                std::printf(" - | - |");
+            }
         }
         std::printf("\n");
     }
@@ -278,7 +298,11 @@ void printTable(const std::map<Key, Timing>& timings) {
     for (const auto& [type, values] : ratios)
         std::printf("  %s: %.2f (%zu cases, ours faster in %zu)\n", type.c_str(), median(values), values.size(),
                     size_t(std::count_if(values.begin(), values.end(), [](double r) { return r < 1; })));
-    if (withBound) std::printf("cases where ours ran below the bound: %d\n", belowBound);
+    if (withBound) {
+        std::printf("median ours/bound:");
+        for (const auto& [type, values] : overBound) std::printf("  %s %.2f", type.c_str(), median(values));
+        std::printf("\ncases where FFTW ran below the 128-bit bound: %d\n", fftwBelowBound);
+    }
 }
 
 // ---- registration -------------------------------------------------------------

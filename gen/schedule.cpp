@@ -44,8 +44,8 @@ private:
         return ops;
     }
 
-    // `set` is closed under the order of creation (ids ascending) and its
-    // predecessors outside the set are already placed.
+    // Appends `set` to the order.  `set` is in ascending ids, which is a
+    // topological order, and its predecessors outside it are already placed.
     void place(const std::vector<int>& set) {
         if (set.size() <= 2) {
             order_.insert(order_.end(), set.begin(), set.end());

@@ -203,7 +203,7 @@ private:
     bool echo_;
 };
 
-// ---- the lower bound of 128-bit code ---------------------------------------------
+// ---- the lower bound of 128-bit code ------------------------------------------
 
 // The clock the core really runs at, in GHz: a chain of dependent integer
 // additions takes one cycle each.  /proc/cpuinfo reports the nominal clock,

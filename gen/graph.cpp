@@ -1,5 +1,6 @@
 #include "graph.h"
 
+#include <algorithm>
 #include <cmath>
 #include <sstream>
 #include <stdexcept>
@@ -272,18 +273,26 @@ Batch Graph::lanewise(const Batch& in, const Kernel& kernel, const Multipliers& 
     return out;
 }
 
+std::vector<int> Graph::operandsOf(int id) const {
+    const Node& n = nodes_[id];
+    std::vector<int> ops;
+    if (n.a >= 0) ops.push_back(n.a);
+    if (n.b >= 0) ops.push_back(n.b);
+    if (n.op == Op::Shuffle)
+        for (int l = 0; l < width_; ++l)
+            if (n.from[l].node >= 0) ops.push_back(n.from[l].node);
+    std::sort(ops.begin(), ops.end());
+    ops.erase(std::unique(ops.begin(), ops.end()), ops.end());
+    return ops;
+}
+
 std::vector<int> Graph::liveNodes() const {
     std::vector<char> live(nodes_.size(), 0);
     for (const Ref& r : outputs_)
         if (r.node >= 0) live[r.node] = 1;
     for (int i = static_cast<int>(nodes_.size()) - 1; i >= 0; --i) {
         if (!live[i]) continue;
-        const Node& n = nodes_[i];
-        if (n.a >= 0) live[n.a] = 1;
-        if (n.b >= 0) live[n.b] = 1;
-        if (n.op == Op::Shuffle)
-            for (int l = 0; l < width_; ++l)
-                if (n.from[l].node >= 0) live[n.from[l].node] = 1;
+        for (int operand : operandsOf(i)) live[operand] = 1;
     }
     std::vector<int> order;
     for (size_t i = 0; i < nodes_.size(); ++i)

@@ -138,6 +138,8 @@ public:
     void setOutputs(Signal out) { outputs_ = std::move(out); }
     const Signal& outputs() const { return outputs_; }
 
+    // The distinct nodes a node reads.
+    std::vector<int> operandsOf(int id) const;
     // Nodes that reach an output, in creation (topological) order.
     std::vector<int> liveNodes() const;
 

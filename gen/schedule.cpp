@@ -15,12 +15,12 @@ namespace {
 
 class Scheduler {
 public:
-    explicit Scheduler(const Graph& g) : g_(g), mark_(g.nodes().size(), 0), level_(g.nodes().size(), 0) {
+    explicit Scheduler(const Graph& g) : mark_(g.nodes().size(), 0), level_(g.nodes().size(), 0) {
         const std::vector<int> live = g.liveNodes();
         preds_.resize(g.nodes().size());
         succs_.resize(g.nodes().size());
         for (int id : live) {
-            for (int p : operandsOf(id)) {
+            for (int p : g.operandsOf(id)) {
                 preds_[id].push_back(p);
                 succs_[p].push_back(id);
             }
@@ -31,19 +31,6 @@ public:
     std::vector<int> order() && { return std::move(order_); }
 
 private:
-    std::vector<int> operandsOf(int id) const {
-        const Node& n = g_.node(id);
-        std::vector<int> ops;
-        if (n.a >= 0) ops.push_back(n.a);
-        if (n.b >= 0) ops.push_back(n.b);
-        if (n.op == Op::Shuffle)
-            for (int l = 0; l < g_.width(); ++l)
-                if (n.from[l].node >= 0) ops.push_back(n.from[l].node);
-        std::sort(ops.begin(), ops.end());
-        ops.erase(std::unique(ops.begin(), ops.end()), ops.end());
-        return ops;
-    }
-
     // Appends `set` to the order.  `set` is in ascending ids, which is a
     // topological order, and its predecessors outside it are already placed.
     void place(const std::vector<int>& set) {
@@ -103,7 +90,6 @@ private:
         return pieces;
     }
 
-    const Graph& g_;
     std::vector<std::vector<int>> preds_, succs_;
     std::vector<int> mark_, level_;
     int token_ = 0;

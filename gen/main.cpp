@@ -36,7 +36,8 @@ int main(int argc, char** argv) {
         gen::writeComplexDft(out, shards, counts);
         out.write("opcounts.tsv", counts.str());
         gen::writeWalshHadamard(out, shards);
-        gen::writeExports(out, {gen::Family::ComplexDft, gen::Family::WalshHadamard, gen::Family::Version});
+        gen::writeExports(out, {gen::Family::ComplexDft, gen::Family::WalshHadamard, gen::Family::Dct4,
+                                gen::Family::Version});
     } catch (const std::exception& e) {
         std::cerr << "tvkgen-codegen: " << e.what() << '\n';
         return 1;

@@ -104,7 +104,7 @@ void direct16(const T* x, T* y) {
     T in[16];
     for (int i = 0; i < 16; ++i) in[i] = x[i];
     T A0[4], B0[4], A1[4], B1[4];
-    unroll<4>([&](auto r) {
+    unroll<4>([&](auto r) TVK_UNROLLED {
         const T plus = (in[8 + r] + in[7 - r]) * h, minus = (in[8 + r] - in[7 - r]) * h;
         rotatePair<T, 2 * r + 1, 64>(in[r] + plus, minus - in[15 - r], A0[r], B0[r]);
         rotatePair<T, 3 * (2 * r + 1), 64>(in[r] - plus, minus + in[15 - r], A1[r], B1[r]);
@@ -121,15 +121,15 @@ template <class T>
     T in[32];
     for (int i = 0; i < 32; ++i) in[i] = x[i];
     Cx<T> Z[2][8];
-    unroll<2>([&](auto r) {
+    unroll<2>([&](auto r) TVK_UNROLLED {
         T u[16];
-        unroll<8>([&](auto s) {
+        unroll<8>([&](auto s) TVK_UNROLLED {
             u[8 + s] = in[4 * s + r];
             u[7 - s] = in[4 * s + 3 - r];
         });
         realTransform<16>(u, Z[r]);
     });
-    unroll<8>([&](auto k) {
+    unroll<8>([&](auto k) TVK_UNROLLED {
         const Cx<T> W0 = rotateBy<2 * k + 1, 128>(Z[0][k]), W1 = rotateBy<3 * (2 * k + 1), 128>(Z[1][k]);
         const T A = W0.re, B = W0.im, C = W1.re, D = W1.im;
         y[k] = A + C;

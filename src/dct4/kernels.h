@@ -74,10 +74,12 @@ struct Cx {
 };
 
 // Calls f(integral_constant<0>) .. f(integral_constant<N-1>) in order, so that
-// every index is a constant of the unrolled code.
+// every index is a constant of the unrolled code.  The lambdas given to it
+// are marked TVK_UNROLLED, lest the compiler keep any of them out of line.
+#define TVK_UNROLLED __attribute__((always_inline))
 template <int N, class F>
 [[gnu::always_inline]] inline void unroll(F&& f) {
-    [&]<int... I>(std::integer_sequence<int, I...>) {
+    [&]<int... I>(std::integer_sequence<int, I...>) TVK_UNROLLED {
         (f(std::integral_constant<int, I>{}), ...);
     }(std::make_integer_sequence<int, N>{});
 }
@@ -160,7 +162,7 @@ template <int R, bool ConjUpper, class V>
                             {(o[1].re - o[1].im) * h, (o[1].re + o[1].im) * h},
                             {-o[2].im, o[2].re},
                             {-((o[3].re + o[3].im) * h), (o[3].re - o[3].im) * h}};
-        unroll<4>([&](auto w) {
+        unroll<4>([&](auto w) TVK_UNROLLED {
             D[w] = add(e[w], t[w]);
             D[w + 4] = ConjUpper ? subConj(e[w], t[w]) : sub(e[w], t[w]);
         });
@@ -202,19 +204,19 @@ template <int L, class V>
         constexpr int R = kRealRadix<L>, Ls = L / R, Q = Ls / 2;
         // Sub-transform b takes the points t = R a + b.
         Cx<V> sub[R][Q];
-        unroll<R>([&](auto b) {
+        unroll<R>([&](auto b) TVK_UNROLLED {
             V ub[Ls];
-            unroll<Ls>([&](auto a) { ub[a] = u[R * a + b]; });
+            unroll<Ls>([&](auto a) TVK_UNROLLED { ub[a] = u[R * a + b]; });
             realTransform<Ls>(ub, sub[b]);
         });
         // Bin i of each, turned by exp(i pi (2i + 1) b / L), gives bins Ls w + i
         // and, conjugated, Ls w + Ls-1-i.
-        unroll<Q>([&](auto i) {
+        unroll<Q>([&](auto i) TVK_UNROLLED {
             Cx<V> v[R], D[R];
             v[0] = sub[0][i];
-            unroll<R - 1>([&](auto b) { v[b + 1] = rotateBy<(2 * i + 1) * (b + 1), L>(sub[b + 1][i]); });
+            unroll<R - 1>([&](auto b) TVK_UNROLLED { v[b + 1] = rotateBy<(2 * i + 1) * (b + 1), L>(sub[b + 1][i]); });
             dft<R, true>(v, D);
-            unroll<R / 2>([&](auto w) {
+            unroll<R / 2>([&](auto w) TVK_UNROLLED {
                 Z[Ls * w + i] = D[w];
                 Z[Ls * w + Ls - 1 - i] = D[R - 1 - w];
             });
@@ -234,20 +236,20 @@ template <int L, bool Wide, class V>
     } else {
         constexpr int R = Wide && L >= 16 ? 4 : 2, Ls = L / R, Q = Ls / 2;
         Cx<V> sub[R][Q];
-        unroll<Q>([&](auto i) {
+        unroll<Q>([&](auto i) TVK_UNROLLED {
             Cx<V> P[R], G[R];
-            unroll<R / 2>([&](auto w) {
+            unroll<R / 2>([&](auto w) TVK_UNROLLED {
                 P[w] = W[Ls * w + i];
                 P[R - 1 - w] = W[Ls * w + Ls - 1 - i];
             });
             dftOfConjUpper<R>(P, G);
             sub[0][i] = G[0];
-            unroll<R - 1>([&](auto b) { sub[b + 1][i] = rotateBy<(2 * i + 1) * (b + 1), L>(G[b + 1]); });
+            unroll<R - 1>([&](auto b) TVK_UNROLLED { sub[b + 1][i] = rotateBy<(2 * i + 1) * (b + 1), L>(G[b + 1]); });
         });
-        unroll<R>([&](auto b) {
+        unroll<R>([&](auto b) TVK_UNROLLED {
             V ob[Ls];
             realOutput<Ls, Wide>(sub[b], ob);
-            unroll<Ls>([&](auto a) { out[R * a + b] = ob[a]; });
+            unroll<Ls>([&](auto a) TVK_UNROLLED { out[R * a + b] = ob[a]; });
         });
     }
 }
@@ -348,14 +350,14 @@ template <class T, int L>
         const T* forward = x + s.forward + g * s.step;
         const T* mirrored = x + s.mirrored - g * s.step;
         Vec<T> u[L];
-        unroll<L / 2>([&](auto t) {
+        unroll<L / 2>([&](auto t) TVK_UNROLLED {
             u[L / 2 + t] = gatherLanes<1>(forward + t * s.stride);
             u[L / 2 - 1 - t] = gatherLanes<-1>(mirrored + t * s.stride);
         });
         Cx<Vec<T>> Z[L / 2];
         realTransform<L>(u, Z);
         T* out = dst + g * s.dstStep;
-        unroll<L / 2>([&](auto k) {
+        unroll<L / 2>([&](auto k) TVK_UNROLLED {
             store(out + 2 * k * s.dstStride, Z[k].re);
             store(out + (2 * k + 1) * s.dstStride, Z[k].im);
         });
@@ -397,37 +399,37 @@ template <class T, int R>
     for (int32_t i = 0; i < bins; ++i) {
         const T* in = src + 2 * R * t * i;
         Cx<V> z[R], D[R];
-        unroll<R>([&](auto b) { z[b] = {load(in + b * t), load(in + (R + b) * t)}; });
+        unroll<R>([&](auto b) TVK_UNROLLED { z[b] = {load(in + b * t), load(in + (R + b) * t)}; });
         const T* step = steps + ptrdiff_t{i} * shape.stepVectors * W;
         if constexpr (!shape.twoLevel) {
             Cx<V> v[R];
             v[0] = z[0];
-            unroll<R - 1>([&](auto b) { v[b + 1] = rotate(z[b + 1], load(step + 2 * b * W), load(step + (2 * b + 1) * W)); });
+            unroll<R - 1>([&](auto b) TVK_UNROLLED { v[b + 1] = rotate(z[b + 1], load(step + 2 * b * W), load(step + (2 * b + 1) * W)); });
             dft<R, true>(v, D);
         } else {
             constexpr int P = R / 4;
             const T* group = groups + ptrdiff_t{i} * shape.groupVectors * W;
             Cx<V> F[4][P];
-            unroll<4>([&](auto b1) {
+            unroll<4>([&](auto b1) TVK_UNROLLED {
                 Cx<V> v[P];
                 v[0] = z[b1];
-                unroll<P - 1>([&](auto b2) {
+                unroll<P - 1>([&](auto b2) TVK_UNROLLED {
                     v[b2 + 1] = rotate(z[4 * (b2 + 1) + b1], load(step + 2 * b2 * W), load(step + (2 * b2 + 1) * W));
                 });
                 dft<P, false>(v, F[b1]);
             });
-            unroll<P>([&](auto g) {
+            unroll<P>([&](auto g) TVK_UNROLLED {
                 Cx<V> v[4], out[4];
                 v[0] = F[0][g];
-                unroll<3>([&](auto b1) {
+                unroll<3>([&](auto b1) TVK_UNROLLED {
                     v[b1 + 1] = rotate(F[b1 + 1][g], load(group + (6 * g + 2 * b1) * W),
                                        load(group + (6 * g + 2 * b1 + 1) * W));
                 });
                 dft<4, true>(v, out);
-                unroll<4>([&](auto w) { D[g + P * w] = out[w]; });
+                unroll<4>([&](auto w) TVK_UNROLLED { D[g + P * w] = out[w]; });
             });
         }
-        unroll<R / 2>([&](auto w) {
+        unroll<R / 2>([&](auto w) TVK_UNROLLED {
             const ptrdiff_t k = subLength * w + i, kMirror = subLength * w + subLength - 1 - i;
             store(dst + 2 * k * t, D[w].re);
             store(dst + (2 * k + 1) * t, D[w].im);
@@ -454,10 +456,10 @@ template <class T, int D>
     for (int32_t i = 0; i < groups; ++i) {
         const T* rows = buffer + ptrdiff_t{2 * D * W} * i;
         V column[2 * D];
-        unroll<2 * D / W>([&](auto j) { transposeRows(rows + W * j, 2 * D, column + W * j); });
+        unroll<2 * D / W>([&](auto j) TVK_UNROLLED { transposeRows(rows + W * j, 2 * D, column + W * j); });
         const T* rotation = table + ptrdiff_t{2 * D * W} * i;
         Cx<V> rotated[D];
-        unroll<D / 2>([&](auto p) {
+        unroll<D / 2>([&](auto p) TVK_UNROLLED {
             constexpr int r = rotationColumn(D, p);
             const T* entry = rotation + 4 * p * W;
             rotated[r] = rotate(Cx<V>{column[r], column[D + r]}, load(entry), load(entry + W));
@@ -467,7 +469,7 @@ template <class T, int D>
         V out[2 * D];
         realOutput<2 * D, D == 32>(rotated, out);
         const ptrdiff_t row = ptrdiff_t{W} * i;
-        unroll<D>([&](auto v) {
+        unroll<D>([&](auto v) TVK_UNROLLED {
             scatterLanes<1>(y + 2 * q * v + row, out[D + v]);
             scatterLanes<-1>(y + 2 * q * (v + 1) - 1 - row, out[D - 1 - v]);
         });

@@ -7,7 +7,7 @@
 // cannot pass for a fast one.  After the runs a table of CPU ns per call is
 // printed with the ratios and ns per n log2 n.
 //
-//   tvkgen-bench-dct4 [--quick] [Google Benchmark flags]
+//   tvkgen-bench-dct4 [Google Benchmark flags, e.g. --benchmark_min_time=0.3]
 #include <benchmark/benchmark.h>
 #include <fftw3.h>
 
@@ -165,7 +165,7 @@ std::string caseName(const char* type, const char* route, int n) {
 constexpr const char* kRoutes[] = {"ours", "redft11", "fft"};
 
 template <class T>
-int registerCases(int first, int last, double minTime) {
+int registerCases(int first, int last) {
     int mismatches = 0;
     for (int n = first; n <= last; n *= 2) {
         auto c = std::make_shared<Case<T>>(n);
@@ -180,7 +180,6 @@ int registerCases(int first, int last, double minTime) {
                                          [c, route = routes[r]](benchmark::State& state) {
                                              for (auto _ : state) ((*c).*route)();
                                          })
-                ->MinTime(minTime)
                 ->Unit(benchmark::kNanosecond);
     }
     return mismatches;
@@ -217,20 +216,10 @@ void printTable(const std::map<std::string, double>& ns, int first, int last) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    // --quick: every case, with a short minimum time per run.
-    bool quick = false;
-    std::vector<char*> args;
-    for (int i = 0; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--quick") == 0) quick = true;
-        else args.push_back(argv[i]);
-    }
-    int count = static_cast<int>(args.size());
-    benchmark::Initialize(&count, args.data());
-    if (benchmark::ReportUnrecognizedArguments(count, args.data())) return 2;
-
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
     constexpr int kFirst = 64, kLast = 1 << 20;
-    const double minTime = quick ? 0.02 : 0.3;
-    const int mismatches = registerCases<float>(kFirst, kLast, minTime) + registerCases<double>(kFirst, kLast, minTime);
+    const int mismatches = registerCases<float>(kFirst, kLast) + registerCases<double>(kFirst, kLast);
     Collector collector;
     benchmark::RunSpecifiedBenchmarks(&collector);
     benchmark::Shutdown();

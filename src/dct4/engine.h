@@ -7,6 +7,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include <algorithm>
+
 #include "direct.h"
 #include "kernels.h"
 #include "plan.h"
@@ -22,6 +24,11 @@ inline constexpr KernelSet<T> kKernels = makeKernelSet<T>();
 
 template <class T>
 constexpr int32_t kElementBytes = sizeof(T);
+
+// Column groups that share 64-byte cache lines in the scratch and the
+// source; stage 1 runs them side by side.
+template <class T>
+constexpr int32_t kBatch = 64 / 16;
 
 // 1 for `first`, 2 for twice that, ... up to `last`; `other` for anything else.
 constexpr int32_t powerCase(int32_t x, int32_t first, int32_t last, int32_t other) {
@@ -546,46 +553,47 @@ tvkStatus computeEnv5(const Env5<T>* e, T* dst, const T* src) {
     constexpr int32_t V = kLanes<T>;
     if (e->case_ < 1 || e->case_ > 7) return StatusBadArg;
     if (e->case_ <= 6) {
-        const LeafSweep sweep{0, e->twoD - 1, e->twoD, V, e->d, V, e->columnGroups};
+        const LeafSweep sweep{0, e->twoD - 1, e->twoD, V, e->d, V, e->columnGroups, 1};
         kKernels<T>.leaf[e->case_](src, dst, sweep);
         return StatusOk;
     }
     auto* step = static_cast<Env7<T>*>(u8_EnvList_get(e->stages, 0));
-    for (int32_t c = 0; c < e->columnGroups; ++c)
-        Family<T>::env7Compute(step, dst, src, V * c, e->twoNMinusOne - 2 * V * c, V * c);
+    for (int32_t c = 0; c < e->columnGroups; c += kBatch<T>)
+        Family<T>::env7Compute(step, dst, src, V * c, e->twoNMinusOne - 2 * V * c, V * c,
+                               std::min(kBatch<T>, e->columnGroups - c));
     return StatusOk;
 }
 
 // One R step on one column group: a3 is the first forward element, a3 + a4
 // the first mirrored one (counted in the even extension), a5 the place in dst.
 template <class T>
-tvkStatus computeEnv7(const Env7<T>* e, T* dst, const T* src, int32_t a3, int32_t a4, int32_t a5) {
+tvkStatus computeEnv7(const Env7<T>* e, T* dst, const T* src, int32_t a3, int32_t a4, int32_t a5, int32_t width) {
     if (e->state != 1) return StatusBadArg;
-    Family<T>::env9Compute(static_cast<Env9<T>*>(u8_EnvList_get(e->inner, 0)), e->buffer, src, a3, a4, a5);
-    Family<T>::env8Compute(static_cast<Env8<T>*>(u8_EnvList_get(e->outer, 0)), dst, e->buffer, a5, a5);
+    Family<T>::env9Compute(static_cast<Env9<T>*>(u8_EnvList_get(e->inner, 0)), e->buffer, src, a3, a4, a5, width);
+    Family<T>::env8Compute(static_cast<Env8<T>*>(u8_EnvList_get(e->outer, 0)), dst, e->buffer, a5, a5, width);
     return StatusOk;
 }
 
 template <class T>
-tvkStatus computeEnv9(const Env9<T>* e, T* dst, const T* src, int32_t a3, int32_t a4, int32_t a5) {
+tvkStatus computeEnv9(const Env9<T>* e, T* dst, const T* src, int32_t a3, int32_t a4, int32_t a5, int32_t width) {
     if (e->case_ < 1 || e->case_ > 7) return StatusBadArg;
     if (e->case_ <= 6) {
         // Point -1 of the mirrored side lies one source stride past the mirror of a3.
         const ptrdiff_t mirrored = ptrdiff_t{a3} + a4 - 2 * ptrdiff_t{e->n} + e->sourceStride;
-        const LeafSweep sweep{a3, mirrored, e->sourceStride, e->s, e->destinationStride, e->t, e->radix};
+        const LeafSweep sweep{a3, mirrored, e->sourceStride, e->s, e->destinationStride, e->t, e->radix, width};
         kKernels<T>.leaf[e->case_](src, dst + a5, sweep);
         return StatusOk;
     }
     auto* step = static_cast<Env7<T>*>(u8_EnvList_get(e->stages, 0));
     for (int32_t b = 0; b < e->radix; ++b)
-        Family<T>::env7Compute(step, dst, src, a3 + b * e->s, a4 - 2 * b * e->s, a5 + b * e->t);
+        Family<T>::env7Compute(step, dst, src, a3 + b * e->s, a4 - 2 * b * e->s, a5 + b * e->t, width);
     return StatusOk;
 }
 
 template <class T>
-tvkStatus computeEnv8(const Env8<T>* e, T* dst, const T* src, int32_t a, int32_t) {
+tvkStatus computeEnv8(const Env8<T>* e, T* dst, const T* src, int32_t a, int32_t, int32_t width) {
     if (e->case_ < 1 || e->case_ > 5) return StatusBadArg;
-    kKernels<T>.radix[e->case_](src + a, dst + a, e->table, e->t, e->bins);
+    kKernels<T>.radix[e->case_](src + a, dst + a, e->table, e->t, e->bins, width);
     return StatusOk;
 }
 

@@ -29,11 +29,11 @@ TVK_DCT4_FUNCTION(envlambda)
 TVK_INTERNAL tvkStatus TVK_DCT4_OWN(env5_compute)(void* env5, TVK_DCT4_T* dst, const TVK_DCT4_T* src);
 TVK_INTERNAL tvkStatus TVK_DCT4_OWN(env4_compute)(void* env4, TVK_DCT4_T* dst, const TVK_DCT4_T* src);
 TVK_INTERNAL tvkStatus TVK_DCT4_OWN(env7_compute)(void* env7, TVK_DCT4_T* dst, const TVK_DCT4_T* src, int32_t a3,
-                                                  int32_t a4, int32_t a5);
+                                                  int32_t a4, int32_t a5, int32_t width);
 TVK_INTERNAL tvkStatus TVK_DCT4_OWN(env9_compute)(void* env9, TVK_DCT4_T* dst, const TVK_DCT4_T* src, int32_t a3,
-                                                  int32_t a4, int32_t a5);
+                                                  int32_t a4, int32_t a5, int32_t width);
 TVK_INTERNAL tvkStatus TVK_DCT4_OWN(env8_compute)(void* env8, TVK_DCT4_T* dst, const TVK_DCT4_T* src, int32_t a,
-                                                  int32_t b);
+                                                  int32_t b, int32_t width);
 TVK_INTERNAL tvkStatus TVK_DCT4_API(DCT4GetSize)(int32_t len, int32_t* pSize);
 TVK_INTERNAL tvkStatus TVK_DCT4_API(DCT4Init)(DCT4Spec** ppSpec, int32_t len, uint8_t* pBlock);
 TVK_INTERNAL tvkStatus TVK_DCT4_API(DCT4InitAlloc)(DCT4Spec** ppSpec, int32_t len);
@@ -78,15 +78,16 @@ struct tvk::dct4::Family<TVK_DCT4_T> {
         return TVK_DCT4_OWN(env4_compute)(e, dst, src);
     }
     static tvkStatus env7Compute(Env7<TVK_DCT4_T>* e, TVK_DCT4_T* dst, const TVK_DCT4_T* src, int32_t a3, int32_t a4,
-                                 int32_t a5) {
-        return TVK_DCT4_OWN(env7_compute)(e, dst, src, a3, a4, a5);
+                                 int32_t a5, int32_t width) {
+        return TVK_DCT4_OWN(env7_compute)(e, dst, src, a3, a4, a5, width);
     }
     static tvkStatus env9Compute(Env9<TVK_DCT4_T>* e, TVK_DCT4_T* dst, const TVK_DCT4_T* src, int32_t a3, int32_t a4,
-                                 int32_t a5) {
-        return TVK_DCT4_OWN(env9_compute)(e, dst, src, a3, a4, a5);
+                                 int32_t a5, int32_t width) {
+        return TVK_DCT4_OWN(env9_compute)(e, dst, src, a3, a4, a5, width);
     }
-    static tvkStatus env8Compute(Env8<TVK_DCT4_T>* e, TVK_DCT4_T* dst, const TVK_DCT4_T* src, int32_t a, int32_t b) {
-        return TVK_DCT4_OWN(env8_compute)(e, dst, src, a, b);
+    static tvkStatus env8Compute(Env8<TVK_DCT4_T>* e, TVK_DCT4_T* dst, const TVK_DCT4_T* src, int32_t a, int32_t b,
+                                 int32_t width) {
+        return TVK_DCT4_OWN(env8_compute)(e, dst, src, a, b, width);
     }
 };
 
@@ -136,14 +137,16 @@ tvkStatus TVK_DCT4_OWN(env5_compute)(void* env5, T* dst, const T* src) {
 tvkStatus TVK_DCT4_OWN(env4_compute)(void* env4, T* dst, const T* src) {
     return tvk::dct4::computeEnv4(as<tvk::dct4::Env4>(env4), dst, src);
 }
-tvkStatus TVK_DCT4_OWN(env7_compute)(void* env7, T* dst, const T* src, int32_t a3, int32_t a4, int32_t a5) {
-    return tvk::dct4::computeEnv7(as<tvk::dct4::Env7>(env7), dst, src, a3, a4, a5);
+tvkStatus TVK_DCT4_OWN(env7_compute)(void* env7, T* dst, const T* src, int32_t a3, int32_t a4, int32_t a5,
+                                     int32_t width) {
+    return tvk::dct4::computeEnv7(as<tvk::dct4::Env7>(env7), dst, src, a3, a4, a5, width);
 }
-tvkStatus TVK_DCT4_OWN(env9_compute)(void* env9, T* dst, const T* src, int32_t a3, int32_t a4, int32_t a5) {
-    return tvk::dct4::computeEnv9(as<tvk::dct4::Env9>(env9), dst, src, a3, a4, a5);
+tvkStatus TVK_DCT4_OWN(env9_compute)(void* env9, T* dst, const T* src, int32_t a3, int32_t a4, int32_t a5,
+                                     int32_t width) {
+    return tvk::dct4::computeEnv9(as<tvk::dct4::Env9>(env9), dst, src, a3, a4, a5, width);
 }
-tvkStatus TVK_DCT4_OWN(env8_compute)(void* env8, T* dst, const T* src, int32_t a, int32_t b) {
-    return tvk::dct4::computeEnv8(as<tvk::dct4::Env8>(env8), dst, src, a, b);
+tvkStatus TVK_DCT4_OWN(env8_compute)(void* env8, T* dst, const T* src, int32_t a, int32_t b, int32_t width) {
+    return tvk::dct4::computeEnv8(as<tvk::dct4::Env8>(env8), dst, src, a, b, width);
 }
 
 tvkStatus TVK_DCT4_API(DCT4GetSize)(int32_t len, int32_t* pSize) { return tvk::dct4::getSize<T>(len, pSize); }

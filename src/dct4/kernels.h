@@ -306,27 +306,29 @@ template <int Dir>
 
 // ---- kernels ---------------------------------------------------------------------------
 
-// The blocks of a leaf kernel.  Block g (0 .. count-1) works on V columns:
-// lane l of point t >= 0 is x[forward + g step + t stride + l], lane l of
-// point t = -j (j >= 1) is x[mirrored - g step + (j-1) stride - l].  Bin k
-// goes to the aligned vectors at dst + g dstStep + 2k dstStride (real part)
-// and + (2k+1) dstStride (imaginary part).
+// The blocks of a leaf kernel.  Block g (0 .. count-1) works on `width`
+// neighbouring column groups of V columns: lane l of group w's point t >= 0 is
+// x[forward + g step + t stride + V w + l], of point t = -j (j >= 1)
+// x[mirrored - g step + (j-1) stride - V w - l].  Its bin k goes to the aligned
+// vectors at dst + g dstStep + V w + 2k dstStride (real part) and + (2k+1)
+// dstStride (imaginary part).  Groups that share cache lines run together.
 struct LeafSweep {
     ptrdiff_t forward, mirrored, stride, step;
     ptrdiff_t dstStride, dstStep;
-    int32_t count;
+    int32_t count, width;
 };
 
 template <class T>
 using LeafKernel = void (*)(const T* x, T* dst, const LeafSweep& sweep);
 
-// One radix-d' step on one column group, for every bin i < bins of the
-// sub-transforms: reads sub-transform b's bin i at src + 2d't i + bt (real)
-// and + (d' + b)t (imaginary), twiddles it by the table and writes bins
-// (2 bins) w + i and, conjugated, (2 bins) w + 2 bins - 1 - i at dst + 2kt
-// and + (2k+1)t.  All accesses are aligned vectors.
+// One radix-d' step on `width` neighbouring column groups (group w is V w
+// further on), for every bin i < bins of the sub-transforms: reads
+// sub-transform b's bin i at src + 2d't i + bt (real) and + (d' + b)t
+// (imaginary), twiddles it by the table and writes bins (2 bins) w + i and,
+// conjugated, (2 bins) w + 2 bins - 1 - i at dst + 2kt and + (2k+1)t.  All
+// accesses are aligned vectors.
 template <class T>
-using RadixKernel = void (*)(const T* src, T* dst, const T* table, ptrdiff_t t, int32_t bins);
+using RadixKernel = void (*)(const T* src, T* dst, const T* table, ptrdiff_t t, int32_t bins, int32_t width);
 
 // Stage 2 on row groups 0 .. groups-1 of V rows each, q = n / 2d: row k of the
 // scratch is 2d elements, Z_r(k) real at 2dk + r, imaginary at 2dk + d + r.
@@ -346,9 +348,11 @@ struct KernelSet {
 
 template <class T, int L>
 [[gnu::flatten]] void leafKernel(const T* x, T* dst, const LeafSweep& s) {
-    for (int32_t g = 0; g < s.count; ++g) {
-        const T* forward = x + s.forward + g * s.step;
-        const T* mirrored = x + s.mirrored - g * s.step;
+    constexpr int W = kLanes<T>;
+    for (int32_t g = 0; g < s.count; ++g)
+    for (int32_t w = 0; w < s.width; ++w) {
+        const T* forward = x + s.forward + g * s.step + W * w;
+        const T* mirrored = x + s.mirrored - g * s.step - W * w;
         Vec<T> u[L];
         unroll<L / 2>([&](auto t) TVK_UNROLLED {
             u[L / 2 + t] = gatherLanes<1>(forward + t * s.stride);
@@ -356,7 +360,7 @@ template <class T, int L>
         });
         Cx<Vec<T>> Z[L / 2];
         realTransform<L>(u, Z);
-        T* out = dst + g * s.dstStep;
+        T* out = dst + g * s.dstStep + W * w;
         unroll<L / 2>([&](auto k) TVK_UNROLLED {
             store(out + 2 * k * s.dstStride, Z[k].re);
             store(out + (2 * k + 1) * s.dstStride, Z[k].im);
@@ -389,15 +393,16 @@ constexpr RadixTableShape radixTableShape(int radix) {
 }
 
 template <class T, int R>
-[[gnu::flatten]] void radixKernel(const T* src, T* dst, const T* table, ptrdiff_t t, int32_t bins) {
+[[gnu::flatten]] void radixKernel(const T* src, T* dst, const T* table, ptrdiff_t t, int32_t bins, int32_t width) {
     using V = Vec<T>;
     constexpr RadixTableShape shape = radixTableShape<T>(R);
     constexpr int W = kLanes<T>;
     const T* steps = table + shape.stepRegion(bins);
     const T* groups = table + shape.groupRegion(bins);
     const ptrdiff_t subLength = 2 * ptrdiff_t{bins};
-    for (int32_t i = 0; i < bins; ++i) {
-        const T* in = src + 2 * R * t * i;
+    for (int32_t i = 0; i < bins; ++i)
+    for (int32_t column = 0; column < width; ++column) {
+        const T* in = src + 2 * R * t * i + W * column;
         Cx<V> z[R], D[R];
         unroll<R>([&](auto b) TVK_UNROLLED { z[b] = {load(in + b * t), load(in + (R + b) * t)}; });
         const T* step = steps + ptrdiff_t{i} * shape.stepVectors * W;
@@ -429,12 +434,13 @@ template <class T, int R>
                 unroll<4>([&](auto w) TVK_UNROLLED { D[g + P * w] = out[w]; });
             });
         }
+        T* out = dst + W * column;
         unroll<R / 2>([&](auto w) TVK_UNROLLED {
             const ptrdiff_t k = subLength * w + i, kMirror = subLength * w + subLength - 1 - i;
-            store(dst + 2 * k * t, D[w].re);
-            store(dst + (2 * k + 1) * t, D[w].im);
-            store(dst + 2 * kMirror * t, D[R - 1 - w].re);
-            store(dst + (2 * kMirror + 1) * t, D[R - 1 - w].im);
+            store(out + 2 * k * t, D[w].re);
+            store(out + (2 * k + 1) * t, D[w].im);
+            store(out + 2 * kMirror * t, D[R - 1 - w].re);
+            store(out + (2 * kMirror + 1) * t, D[R - 1 - w].im);
         });
     }
 }

@@ -122,12 +122,13 @@ template <class T>
     for (int i = 0; i < 32; ++i) in[i] = x[i];
     Cx<T> Z[2][8];
     unroll<2>([&](auto r) TVK_UNROLLED {
-        T u[16];
-        unroll<8>([&](auto s) TVK_UNROLLED {
-            u[8 + s] = in[4 * s + r];
-            u[7 - s] = in[4 * s + 3 - r];
-        });
-        realTransform<16>(u, Z[r]);
+        // Point t >= 0 is x[4t + r], point t = -j is x[4j - 1 - r].
+        realTransform<16, T>(
+            [&](auto t) TVK_UNROLLED {
+                if constexpr (t >= 8) return in[4 * (t - 8) + r];
+                else return in[4 * (8 - t) - 1 - r];
+            },
+            Z[r]);
     });
     unroll<8>([&](auto k) TVK_UNROLLED {
         const Cx<T> W0 = rotateBy<2 * k + 1, 128>(Z[0][k]), W1 = rotateBy<3 * (2 * k + 1), 128>(Z[1][k]);

@@ -553,7 +553,8 @@ tvkStatus computeEnv5(const Env5<T>* e, T* dst, const T* src) {
     constexpr int32_t V = kLanes<T>;
     if (e->case_ < 1 || e->case_ > 7) return StatusBadArg;
     if (e->case_ <= 6) {
-        const LeafSweep sweep{0, e->twoD - 1, e->twoD, V, e->d, V, e->columnGroups, 1};
+        // The column groups are neighbours: one block of them all.
+        const LeafSweep sweep{0, e->twoD - 1, e->twoD, 0, e->d, 0, 1, e->columnGroups};
         kKernels<T>.leaf[e->case_](src, dst, sweep);
         return StatusOk;
     }

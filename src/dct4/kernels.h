@@ -22,6 +22,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include <algorithm>
 #include <type_traits>
 #include <utility>
 
@@ -72,6 +73,24 @@ template <class V>
 struct Cx {
     V re, im;
 };
+
+// Makes the compiler keep `values` in memory at this point and build no
+// value of the code after it early.  Long kernels put it between their
+// sub-transforms, which then each work within the registers, so that what
+// crosses the cut is stored once and loaded once.
+template <class Array>
+[[gnu::always_inline]] inline void cut(Array& values) {
+    asm volatile("" : : "r"(&values) : "memory");
+}
+
+// A run-time stride as the compiler sees it inside one block of a kernel
+// loop: unknown anew each time, so that it forms the block's addresses from
+// it there and then rather than keeping one pointer per access across the
+// loop, which spills them all.
+[[gnu::always_inline]] inline ptrdiff_t opaque(ptrdiff_t stride) {
+    asm("" : "+r"(stride));
+    return stride;
+}
 
 // Calls f(integral_constant<0>) .. f(integral_constant<N-1>) in order, so that
 // every index is a constant of the unrolled code.  The lambdas given to it
@@ -196,18 +215,21 @@ template <int R, class V>
 template <int L>
 constexpr int kRealRadix = L <= 8 ? 2 : 4;
 
-template <int L, class V>
-[[gnu::always_inline]] inline void realTransform(const V* u, Cx<V>* Z) {
+template <int I>
+using Index = std::integral_constant<int, I>;
+
+// point(Index<t + L/2>) gives point t; loads stay next to their first use.
+template <int L, class V, class Point>
+[[gnu::always_inline]] inline void realTransform(Point&& point, Cx<V>* Z) {
     if constexpr (L == 2) {
-        Z[0] = {u[1], -u[0]};
+        Z[0] = {point(Index<1>{}), -point(Index<0>{})};
     } else {
         constexpr int R = kRealRadix<L>, Ls = L / R, Q = Ls / 2;
         // Sub-transform b takes the points t = R a + b.
         Cx<V> sub[R][Q];
         unroll<R>([&](auto b) TVK_UNROLLED {
-            V ub[Ls];
-            unroll<Ls>([&](auto a) TVK_UNROLLED { ub[a] = u[R * a + b]; });
-            realTransform<Ls>(ub, sub[b]);
+            realTransform<Ls, V>([&](auto a) TVK_UNROLLED { return point(Index<R * a + b>{}); }, sub[b]);
+            if constexpr (L >= 32) cut(sub);
         });
         // Bin i of each, turned by exp(i pi (2i + 1) b / L), gives bins Ls w + i
         // and, conjugated, Ls w + Ls-1-i.
@@ -224,32 +246,35 @@ template <int L, class V>
     }
 }
 
-// Y(L): out[v + L/2] = real part of sum over r < L/2 of W[r] exp(i pi v (2r + 1) / L),
+// Y(L): output v = real part of sum over r < L/2 of W[r] exp(i pi v (2r + 1) / L),
 // v = -L/2 .. L/2-1.  The transpose of R(L) with the imaginary inputs negated,
 // so its flow graph is R's reversed.  Radix 2 throughout, or with Wide
 // radix 4 from 16 points up (Y(64) over 16-point kernels shaped as R(16)).
-template <int L, bool Wide, class V>
-[[gnu::always_inline]] inline void realOutput(const Cx<V>* W, V* out) {
+// in(Index<r>) gives W[r], each asked for once; out(Index<v + L/2>, value)
+// takes output v.
+template <int L, bool Wide, class V, class In, class Out>
+[[gnu::always_inline]] inline void realOutput(In&& in, Out&& out) {
     if constexpr (L == 2) {
-        out[1] = W[0].re;
-        out[0] = W[0].im;
+        const Cx<V> w = in(Index<0>{});
+        out(Index<1>{}, w.re);
+        out(Index<0>{}, w.im);
     } else {
         constexpr int R = Wide && L >= 16 ? 4 : 2, Ls = L / R, Q = Ls / 2;
         Cx<V> sub[R][Q];
         unroll<Q>([&](auto i) TVK_UNROLLED {
             Cx<V> P[R], G[R];
             unroll<R / 2>([&](auto w) TVK_UNROLLED {
-                P[w] = W[Ls * w + i];
-                P[R - 1 - w] = W[Ls * w + Ls - 1 - i];
+                P[w] = in(Index<Ls * w + i>{});
+                P[R - 1 - w] = in(Index<Ls * w + Ls - 1 - i>{});
             });
             dftOfConjUpper<R>(P, G);
             sub[0][i] = G[0];
             unroll<R - 1>([&](auto b) TVK_UNROLLED { sub[b + 1][i] = rotateBy<(2 * i + 1) * (b + 1), L>(G[b + 1]); });
+            if constexpr (L >= 32) cut(sub);
         });
         unroll<R>([&](auto b) TVK_UNROLLED {
-            V ob[Ls];
-            realOutput<Ls, Wide>(sub[b], ob);
-            unroll<Ls>([&](auto a) TVK_UNROLLED { out[R * a + b] = ob[a]; });
+            realOutput<Ls, Wide, V>([&](auto r) TVK_UNROLLED { return sub[b][r]; },
+                                    [&](auto a, V value) TVK_UNROLLED { out(Index<R * a + b>{}, value); });
         });
     }
 }
@@ -291,17 +316,14 @@ template <int Dir>
     _mm_storeh_pd(p + Dir, v);
 }
 
-// V rows of `rowLength` elements from aligned p: vector j gets element j of
-// every row, for j = 0 .. V-1.
-[[gnu::always_inline]] inline void transposeRows(const float* p, ptrdiff_t rowLength, Vec<float>* column) {
-    __m128 r0 = load(p), r1 = load(p + rowLength), r2 = load(p + 2 * rowLength), r3 = load(p + 3 * rowLength);
-    _MM_TRANSPOSE4_PS(r0, r1, r2, r3);
-    column[0] = r0, column[1] = r1, column[2] = r2, column[3] = r3;
+// Lane l from p[l * stride], one scalar load each.
+[[gnu::always_inline]] inline Vec<float> gatherLanes(const float* p, ptrdiff_t stride) {
+    const __m128 lo = _mm_unpacklo_ps(_mm_load_ss(p), _mm_load_ss(p + stride));
+    const __m128 hi = _mm_unpacklo_ps(_mm_load_ss(p + 2 * stride), _mm_load_ss(p + 3 * stride));
+    return _mm_movelh_ps(lo, hi);
 }
-[[gnu::always_inline]] inline void transposeRows(const double* p, ptrdiff_t rowLength, Vec<double>* column) {
-    const __m128d r0 = load(p), r1 = load(p + rowLength);
-    column[0] = _mm_unpacklo_pd(r0, r1);
-    column[1] = _mm_unpackhi_pd(r0, r1);
+[[gnu::always_inline]] inline Vec<double> gatherLanes(const double* p, ptrdiff_t stride) {
+    return _mm_loadh_pd(_mm_load_sd(p), p + stride);
 }
 
 // ---- kernels ---------------------------------------------------------------------------
@@ -346,26 +368,46 @@ struct KernelSet {
     OutputKernel<T> output[7];
 };
 
+// Up to this many neighbouring column groups (one 64-byte line of the
+// source per point) are gathered together, before any of them is computed:
+// at long strides the points of one transform evict each other's lines
+// from the caches, and so would the next group's.
+constexpr int32_t kGatheredGroups = 4;
+
 template <class T, int L>
 [[gnu::flatten]] void leafKernel(const T* x, T* dst, const LeafSweep& s) {
+    using V = Vec<T>;
     constexpr int W = kLanes<T>;
+    alignas(16) V points[kGatheredGroups][L];
     for (int32_t g = 0; g < s.count; ++g)
-    for (int32_t w = 0; w < s.width; ++w) {
-        const T* forward = x + s.forward + g * s.step + W * w;
-        const T* mirrored = x + s.mirrored - g * s.step - W * w;
-        Vec<T> u[L];
-        unroll<L / 2>([&](auto t) TVK_UNROLLED {
-            u[L / 2 + t] = gatherLanes<1>(forward + t * s.stride);
-            u[L / 2 - 1 - t] = gatherLanes<-1>(mirrored + t * s.stride);
-        });
-        Cx<Vec<T>> Z[L / 2];
-        realTransform<L>(u, Z);
-        T* out = dst + g * s.dstStep + W * w;
-        unroll<L / 2>([&](auto k) TVK_UNROLLED {
-            store(out + 2 * k * s.dstStride, Z[k].re);
-            store(out + (2 * k + 1) * s.dstStride, Z[k].im);
-        });
-    }
+        for (int32_t w0 = 0; w0 < s.width; w0 += kGatheredGroups) {
+            const int32_t groups = std::min(kGatheredGroups, s.width - w0);
+            const ptrdiff_t stride = opaque(s.stride), dstStride = opaque(s.dstStride);
+            // Points t >= 0 ascend from `forward`, points t = -j descend from `mirrored`.
+            const T* forward = x + s.forward + g * s.step + W * w0;
+            const T* mirrored = x + s.mirrored - g * s.step - W * w0;
+            for (int32_t t = 0; t < L / 2; ++t)
+                for (int32_t w = 0; w < groups; ++w) {
+                    points[w][L / 2 + t] = gatherLanes<1>(forward + t * stride + W * w);
+                    points[w][L / 2 - 1 - t] = gatherLanes<-1>(mirrored + t * stride - W * w);
+                }
+            // The next block's lines come in while this block computes.
+            if (g + 1 < s.count)
+                for (int32_t t = 0; t < L / 2; ++t) {
+                    _mm_prefetch(reinterpret_cast<const char*>(forward + s.step + t * stride), _MM_HINT_T0);
+                    _mm_prefetch(reinterpret_cast<const char*>(mirrored - s.step + t * stride - W * (groups - 1)),
+                                 _MM_HINT_T0);
+                }
+            for (int32_t w = 0; w < groups; ++w) {
+                Cx<V> Z[L / 2];
+                realTransform<L, V>([&](auto t) TVK_UNROLLED { return points[w][t]; }, Z);
+                T* out = dst + g * s.dstStep + W * (w0 + w);
+                unroll<L / 2>([&](auto k) TVK_UNROLLED {
+                    store(out + 2 * k * dstStride, Z[k].re);
+                    store(out + (2 * k + 1) * dstStride, Z[k].im);
+                });
+            }
+        }
 }
 
 // How the env8 table holds the twiddles of one bin.  Up to d' = 8 one region
@@ -393,7 +435,7 @@ constexpr RadixTableShape radixTableShape(int radix) {
 }
 
 template <class T, int R>
-[[gnu::flatten]] void radixKernel(const T* src, T* dst, const T* table, ptrdiff_t t, int32_t bins, int32_t width) {
+[[gnu::flatten]] void radixKernel(const T* src, T* dst, const T* table, ptrdiff_t stride, int32_t bins, int32_t width) {
     using V = Vec<T>;
     constexpr RadixTableShape shape = radixTableShape<T>(R);
     constexpr int W = kLanes<T>;
@@ -402,14 +444,15 @@ template <class T, int R>
     const ptrdiff_t subLength = 2 * ptrdiff_t{bins};
     for (int32_t i = 0; i < bins; ++i)
     for (int32_t column = 0; column < width; ++column) {
+        const ptrdiff_t t = opaque(stride);
         const T* in = src + 2 * R * t * i + W * column;
-        Cx<V> z[R], D[R];
-        unroll<R>([&](auto b) TVK_UNROLLED { z[b] = {load(in + b * t), load(in + (R + b) * t)}; });
+        Cx<V> D[R];
+        const auto z = [&](int b) TVK_UNROLLED { return Cx<V>{load(in + b * t), load(in + (R + b) * t)}; };
         const T* step = steps + ptrdiff_t{i} * shape.stepVectors * W;
         if constexpr (!shape.twoLevel) {
             Cx<V> v[R];
-            v[0] = z[0];
-            unroll<R - 1>([&](auto b) TVK_UNROLLED { v[b + 1] = rotate(z[b + 1], load(step + 2 * b * W), load(step + (2 * b + 1) * W)); });
+            v[0] = z(0);
+            unroll<R - 1>([&](auto b) TVK_UNROLLED { v[b + 1] = rotate(z(b + 1), load(step + 2 * b * W), load(step + (2 * b + 1) * W)); });
             dft<R, true>(v, D);
         } else {
             constexpr int P = R / 4;
@@ -417,11 +460,12 @@ template <class T, int R>
             Cx<V> F[4][P];
             unroll<4>([&](auto b1) TVK_UNROLLED {
                 Cx<V> v[P];
-                v[0] = z[b1];
+                v[0] = z(b1);
                 unroll<P - 1>([&](auto b2) TVK_UNROLLED {
-                    v[b2 + 1] = rotate(z[4 * (b2 + 1) + b1], load(step + 2 * b2 * W), load(step + (2 * b2 + 1) * W));
+                    v[b2 + 1] = rotate(z(4 * (b2 + 1) + b1), load(step + 2 * b2 * W), load(step + (2 * b2 + 1) * W));
                 });
                 dft<P, false>(v, F[b1]);
+                cut(F);
             });
             unroll<P>([&](auto g) TVK_UNROLLED {
                 Cx<V> v[4], out[4];
@@ -454,31 +498,37 @@ constexpr int rotationColumn(int d, int position) {
     return a + 4 * b + 16 * c;
 }
 
+// Where W[r]'s rotation sits in a row group's table: its position, four
+// vectors each, and 0 or 2 for the position's own column or its mirror d-1-r.
+constexpr int rotationEntry(int d, int r) {
+    for (int p = 0; p < d / 2; ++p) {
+        if (rotationColumn(d, p) == r) return 4 * p;
+        if (d - 1 - rotationColumn(d, p) == r) return 4 * p + 2;
+    }
+    return -1;
+}
+
 template <class T, int D>
 [[gnu::flatten]] void outputKernel(const T* buffer, T* y, const T* table, ptrdiff_t q, int32_t groups) {
     using V = Vec<T>;
     constexpr int W = kLanes<T>;
-    static_assert(D >= W, "the rows of a group are transposed V columns at a time");
+    static_assert(D >= W, "a row group has no more lanes than columns");
     for (int32_t i = 0; i < groups; ++i) {
+        // Row l of the group is lane l: reading a column transposes.
         const T* rows = buffer + ptrdiff_t{2 * D * W} * i;
-        V column[2 * D];
-        unroll<2 * D / W>([&](auto j) TVK_UNROLLED { transposeRows(rows + W * j, 2 * D, column + W * j); });
         const T* rotation = table + ptrdiff_t{2 * D * W} * i;
-        Cx<V> rotated[D];
-        unroll<D / 2>([&](auto p) TVK_UNROLLED {
-            constexpr int r = rotationColumn(D, p);
-            const T* entry = rotation + 4 * p * W;
-            rotated[r] = rotate(Cx<V>{column[r], column[D + r]}, load(entry), load(entry + W));
-            rotated[D - 1 - r] = rotate(Cx<V>{column[D - 1 - r], column[2 * D - 1 - r]}, load(entry + 2 * W),
-                                        load(entry + 3 * W));
-        });
-        V out[2 * D];
-        realOutput<2 * D, D == 32>(rotated, out);
-        const ptrdiff_t row = ptrdiff_t{W} * i;
-        unroll<D>([&](auto v) TVK_UNROLLED {
-            scatterLanes<1>(y + 2 * q * v + row, out[D + v]);
-            scatterLanes<-1>(y + 2 * q * (v + 1) - 1 - row, out[D - 1 - v]);
-        });
+        const ptrdiff_t row = ptrdiff_t{W} * i, twoQ = opaque(2 * q);
+        realOutput<2 * D, D == 32, V>(
+            [&](auto r) TVK_UNROLLED {
+                const T* entry = rotation + rotationEntry(D, r) * W;
+                const Cx<V> z = {gatherLanes(rows + r, 2 * D), gatherLanes(rows + D + r, 2 * D)};
+                return rotate(z, load(entry), load(entry + W));
+            },
+            [&](auto index, V value) TVK_UNROLLED {
+                constexpr int v = index - D;
+                if constexpr (v >= 0) scatterLanes<1>(y + twoQ * v + row, value);
+                else scatterLanes<-1>(y - twoQ * v - 1 - row, value);
+            });
     }
 }
 

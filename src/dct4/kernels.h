@@ -87,9 +87,10 @@ template <class Array>
 // loop: unknown anew each time, so that it forms the block's addresses from
 // it there and then rather than keeping one pointer per access across the
 // loop, which spills them all.
-[[gnu::always_inline]] inline ptrdiff_t opaque(ptrdiff_t stride) {
-    asm("" : "+r"(stride));
-    return stride;
+template <class U>
+[[gnu::always_inline]] inline U opaque(U value) {
+    asm("" : "+r"(value));
+    return value;
 }
 
 // Calls f(integral_constant<0>) .. f(integral_constant<N-1>) in order, so that
@@ -401,11 +402,14 @@ template <class T, int L>
             for (int32_t w = 0; w < groups; ++w) {
                 Cx<V> Z[L / 2];
                 realTransform<L, V>([&](auto t) TVK_UNROLLED { return points[w][t]; }, Z);
+                // The bins leave in order through one stepping pointer.
+                cut(Z);
                 T* out = dst + g * s.dstStep + W * (w0 + w);
-                unroll<L / 2>([&](auto k) TVK_UNROLLED {
-                    store(out + 2 * k * dstStride, Z[k].re);
-                    store(out + (2 * k + 1) * dstStride, Z[k].im);
-                });
+#pragma GCC unroll 1
+                for (int k = 0; k < L / 2; ++k, out += 2 * dstStride) {
+                    store(out, Z[k].re);
+                    store(out + dstStride, Z[k].im);
+                }
             }
         }
 }
@@ -446,46 +450,70 @@ template <class T, int R>
     for (int32_t column = 0; column < width; ++column) {
         const ptrdiff_t t = opaque(stride);
         const T* in = src + 2 * R * t * i + W * column;
-        Cx<V> D[R];
-        const auto z = [&](int b) TVK_UNROLLED { return Cx<V>{load(in + b * t), load(in + (R + b) * t)}; };
+        // Inputs and outputs are reached through pointers that step by
+        // multiples of t, a few registers in all.
+        const ptrdiff_t imaginary = R * t;
+        const auto next = [&](const T*& p, ptrdiff_t by) TVK_UNROLLED {
+            const Cx<V> z = {load(p), load(p + imaginary)};
+            p = opaque(p + by);
+            return z;
+        };
+        T* out = dst + W * column;
+        const ptrdiff_t rowStep = 2 * subLength * t;  // from bin k to bin k + 2 bins
         const T* step = steps + ptrdiff_t{i} * shape.stepVectors * W;
         if constexpr (!shape.twoLevel) {
-            Cx<V> v[R];
-            v[0] = z(0);
-            unroll<R - 1>([&](auto b) TVK_UNROLLED { v[b + 1] = rotate(z(b + 1), load(step + 2 * b * W), load(step + (2 * b + 1) * W)); });
+            Cx<V> v[R], D[R];
+            const T* p = in;
+            v[0] = next(p, t);
+            unroll<R - 1>([&](auto b) TVK_UNROLLED {
+                v[b + 1] = rotate(next(p, t), load(step + 2 * b * W), load(step + (2 * b + 1) * W));
+            });
             dft<R, true>(v, D);
+            // D[w] goes to bin (2 bins) w + i, or for w >= d'/2, conjugated
+            // already, to bin (2 bins) (d'-w) - 1 - i.
+            T* up = out + 2 * i * t;
+            T* down = out - 2 * (i + 1) * t;
+            unroll<R>([&](auto w) TVK_UNROLLED {
+                T* at = w < R / 2 ? up + w * rowStep : down + (R - w) * rowStep;
+                store(at, D[w].re);
+                store(at + t, D[w].im);
+            });
         } else {
             constexpr int P = R / 4;
             const T* group = groups + ptrdiff_t{i} * shape.groupVectors * W;
             Cx<V> F[4][P];
             unroll<4>([&](auto b1) TVK_UNROLLED {
                 Cx<V> v[P];
-                v[0] = z(b1);
+                const T* p = in + b1 * t;
+                v[0] = next(p, 4 * t);
                 unroll<P - 1>([&](auto b2) TVK_UNROLLED {
-                    v[b2 + 1] = rotate(z(4 * (b2 + 1) + b1), load(step + 2 * b2 * W), load(step + (2 * b2 + 1) * W));
+                    v[b2 + 1] = rotate(next(p, 4 * t), load(step + 2 * b2 * W), load(step + (2 * b2 + 1) * W));
                 });
                 dft<P, false>(v, F[b1]);
                 cut(F);
             });
+            // D[g + P w'] goes, as above, to bin (2 bins) (g + P w') + i for w' < 2
+            // and to (2 bins) (P (4 - w') - g) - 1 - i for w' >= 2.
+            T* up = out + 2 * i * t;
+            T* down = out + 2 * (subLength * P - 1 - i) * t;
+            const ptrdiff_t half = P * rowStep;
             unroll<P>([&](auto g) TVK_UNROLLED {
-                Cx<V> v[4], out[4];
+                Cx<V> v[4], D[4];
                 v[0] = F[0][g];
                 unroll<3>([&](auto b1) TVK_UNROLLED {
                     v[b1 + 1] = rotate(F[b1 + 1][g], load(group + (6 * g + 2 * b1) * W),
                                        load(group + (6 * g + 2 * b1 + 1) * W));
                 });
-                dft<4, true>(v, out);
-                unroll<4>([&](auto w) TVK_UNROLLED { D[g + P * w] = out[w]; });
+                dft<4, true>(v, D);
+                T* const at[4] = {up, up + half, down + half, down};
+                unroll<4>([&](auto w) TVK_UNROLLED {
+                    store(at[w], D[w].re);
+                    store(at[w] + t, D[w].im);
+                });
+                up = opaque(up + rowStep);
+                down = opaque(down - rowStep);
             });
         }
-        T* out = dst + W * column;
-        unroll<R / 2>([&](auto w) TVK_UNROLLED {
-            const ptrdiff_t k = subLength * w + i, kMirror = subLength * w + subLength - 1 - i;
-            store(out + 2 * k * t, D[w].re);
-            store(out + (2 * k + 1) * t, D[w].im);
-            store(out + 2 * kMirror * t, D[R - 1 - w].re);
-            store(out + (2 * kMirror + 1) * t, D[R - 1 - w].im);
-        });
     }
 }
 
@@ -517,18 +545,25 @@ template <class T, int D>
         // Row l of the group is lane l: reading a column transposes.
         const T* rows = buffer + ptrdiff_t{2 * D * W} * i;
         const T* rotation = table + ptrdiff_t{2 * D * W} * i;
-        const ptrdiff_t row = ptrdiff_t{W} * i, twoQ = opaque(2 * q);
+        const ptrdiff_t row = ptrdiff_t{W} * i;
+        V out[2 * D];
         realOutput<2 * D, D == 32, V>(
             [&](auto r) TVK_UNROLLED {
                 const T* entry = rotation + rotationEntry(D, r) * W;
                 const Cx<V> z = {gatherLanes(rows + r, 2 * D), gatherLanes(rows + D + r, 2 * D)};
                 return rotate(z, load(entry), load(entry + W));
             },
-            [&](auto index, V value) TVK_UNROLLED {
-                constexpr int v = index - D;
-                if constexpr (v >= 0) scatterLanes<1>(y + twoQ * v + row, value);
-                else scatterLanes<-1>(y - twoQ * v - 1 - row, value);
-            });
+            [&](auto index, V value) TVK_UNROLLED { out[index] = value; });
+        // Outputs v >= 0 ascend from y[row], v < 0 descend from y[2q - 1 - row],
+        // 2q apart, through two stepping pointers.
+        cut(out);
+        T* up = y + row;
+        T* down = y + 2 * q - 1 - row;
+#pragma GCC unroll 1
+        for (int v = 0; v < D; ++v, up += 2 * q, down += 2 * q) {
+            scatterLanes<1>(up, out[D + v]);
+            scatterLanes<-1>(down, out[D - 1 - v]);
+        }
     }
 }
 

@@ -22,7 +22,6 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include <algorithm>
 #include <type_traits>
 #include <utility>
 
@@ -369,48 +368,36 @@ struct KernelSet {
     OutputKernel<T> output[7];
 };
 
-// Up to this many neighbouring column groups (one 64-byte line of the
-// source per point) are gathered together, before any of them is computed:
-// at long strides the points of one transform evict each other's lines
-// from the caches, and so would the next group's.
-constexpr int32_t kGatheredGroups = 4;
+// R(L) of one column group from its points, bins out in order through one
+// stepping pointer.
+template <int L, class V, class T, class Point>
+[[gnu::always_inline]] inline void leafTransform(Point&& point, T* out, ptrdiff_t dstStride) {
+    Cx<V> Z[L / 2];
+    realTransform<L, V>(point, Z);
+    cut(Z);
+#pragma GCC unroll 1
+    for (int k = 0; k < L / 2; ++k, out += 2 * dstStride) {
+        store(out, Z[k].re);
+        store(out + dstStride, Z[k].im);
+    }
+}
 
 template <class T, int L>
 [[gnu::flatten]] void leafKernel(const T* x, T* dst, const LeafSweep& s) {
     using V = Vec<T>;
     constexpr int W = kLanes<T>;
-    alignas(16) V points[kGatheredGroups][L];
     for (int32_t g = 0; g < s.count; ++g)
-        for (int32_t w0 = 0; w0 < s.width; w0 += kGatheredGroups) {
-            const int32_t groups = std::min(kGatheredGroups, s.width - w0);
-            const ptrdiff_t stride = opaque(s.stride), dstStride = opaque(s.dstStride);
+        for (int32_t w = 0; w < s.width; ++w) {
+            const ptrdiff_t stride = opaque(s.stride);
             // Points t >= 0 ascend from `forward`, points t = -j descend from `mirrored`.
-            const T* forward = x + s.forward + g * s.step + W * w0;
-            const T* mirrored = x + s.mirrored - g * s.step - W * w0;
-            for (int32_t t = 0; t < L / 2; ++t)
-                for (int32_t w = 0; w < groups; ++w) {
-                    points[w][L / 2 + t] = gatherLanes<1>(forward + t * stride + W * w);
-                    points[w][L / 2 - 1 - t] = gatherLanes<-1>(mirrored + t * stride - W * w);
-                }
-            // The next block's lines come in while this block computes.
-            if (g + 1 < s.count)
-                for (int32_t t = 0; t < L / 2; ++t) {
-                    _mm_prefetch(reinterpret_cast<const char*>(forward + s.step + t * stride), _MM_HINT_T0);
-                    _mm_prefetch(reinterpret_cast<const char*>(mirrored - s.step + t * stride - W * (groups - 1)),
-                                 _MM_HINT_T0);
-                }
-            for (int32_t w = 0; w < groups; ++w) {
-                Cx<V> Z[L / 2];
-                realTransform<L, V>([&](auto t) TVK_UNROLLED { return points[w][t]; }, Z);
-                // The bins leave in order through one stepping pointer.
-                cut(Z);
-                T* out = dst + g * s.dstStep + W * (w0 + w);
-#pragma GCC unroll 1
-                for (int k = 0; k < L / 2; ++k, out += 2 * dstStride) {
-                    store(out, Z[k].re);
-                    store(out + dstStride, Z[k].im);
-                }
-            }
+            const T* forward = x + s.forward + g * s.step + W * w;
+            const T* mirrored = x + s.mirrored - g * s.step - W * w;
+            leafTransform<L, V>(
+                [&](auto t) TVK_UNROLLED {
+                    if constexpr (t >= L / 2) return gatherLanes<1>(forward + (t - L / 2) * stride);
+                    else return gatherLanes<-1>(mirrored + (L / 2 - 1 - t) * stride);
+                },
+                dst + g * s.dstStep + W * w, opaque(s.dstStride));
         }
 }
 

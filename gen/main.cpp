@@ -12,10 +12,10 @@
 #include <sstream>
 #include <string>
 
-#include "dft_codelets.h"
+#include "families/complex_dft.h"
 #include "exports.h"
 #include "output.h"
-#include "wht.h"
+#include "families/wht.h"
 
 int main(int argc, char** argv) {
     std::string dir;

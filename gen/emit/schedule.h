@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "graph.h"
+#include "ir/graph.h"
 
 namespace gen {
 

@@ -4,7 +4,7 @@
 // powers of two; tvk32fc keeps a factor of 4 first for its four lanes and
 // accepts twiddles for it.  Both columns are frozen: each is the design of
 // its body, so they differ on purpose.
-#include "plans.h"
+#include "families/complex_plans.h"
 
 #include <map>
 #include <stdexcept>

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <sstream>
 
-#include "emit.h"
+#include "emit/emit.h"
 
 namespace gen {
 

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "dft.h"
+#include "algorithms/transform.h"
 
 namespace gen {
 

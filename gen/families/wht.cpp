@@ -4,7 +4,7 @@
 // (the higher stages, one vector per row, with the scale in the final pass).
 // Every kernel is written with butterflies in stage order, so each value sees
 // exactly the additions and subtractions of the plain in-order sequence.
-#include "wht.h"
+#include "families/wht.h"
 
 #include <cmath>
 #include <functional>
@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "dft_codelets.h"
-#include "exact.h"
+#include "families/entry.h"
+#include "ir/exact.h"
 
 namespace gen {
 
@@ -33,8 +33,6 @@ struct Type {
     // Lowest order written with vectors.
     int firstVectorOrder() const { return single ? 4 : 3; }
 };
-
-enum class Shape { SinglePath, TwoPath, Twinned };
 
 Shape shapeOf(int m, const Type& t) {
     if (m < t.firstVectorOrder()) return Shape::SinglePath;
@@ -227,26 +225,9 @@ int bufferBytes(int m, const Type& t) {
     return ((1 << m) + p.chunk) * t.width();
 }
 
-std::string scalesOf(int m, const Type& t) {
-    const int n = 1 << m;
-    std::ostringstream s;
-    if (t.single) {
-        s << "constexpr tvk::Scales<tvk32f> kScales{1.0f, " << literal(rsqrtExact(n).toFloat()) << ", "
-          << literal(std::ldexp(1.0f, -m)) << "};\n";
-    } else {
-        // Odd orders use 1/sqrt(2^m) as 1.0 over the binary64 root: two roundings.
-        s << "constexpr tvk::Scales<tvk64f> kScales{1.0, " << literal(1.0 / std::sqrt(static_cast<double>(n)))
-          << ", " << literal(std::ldexp(1.0, -m)) << "};\n";
-    }
-    return s.str();
-}
-
 std::string codelet(int m, const Type& t) {
     const std::string name = "tvkgWHT_" + std::to_string(m) + "_" + t.suffix();
-    const std::string twin = "u8_owngWHT_" + std::to_string(m) + "_" + t.suffix() + "_unaligned";
     const std::string ns = "wht_" + std::to_string(m) + "_" + t.suffix();
-    const std::string args =
-        "(const " + t.elem() + "* src, " + t.elem() + "* dst, int32_t flag, uint8_t* buffer)";
     const bool buffered = m >= 8;
     auto run = [&](const std::string& memory) {
         if (buffered)
@@ -264,31 +245,22 @@ std::string codelet(int m, const Type& t) {
         if (p.chunk) s << " in chunks of " << p.chunk;
         s << ", " << bufferBytes(m, t) << " bytes of buffer";
     }
-    s << "\nnamespace " << ns << " {\n" << scalesOf(m, t);
+    s << "\nnamespace " << ns << " {\n" << scalesOf(1 << m, t.single);
     if (buffered) s << passes(m, t, planOf(m, t));
     else if (shapeOf(m, t) == Shape::SinglePath) s << scalarBody(m, t);
     else s << straightLine("body", m, t, true);
     s << "}  // namespace " << ns << "\n";
+    Entry entry;
+    entry.name = name;
+    entry.params = "(const " + t.elem() + "* src, " + t.elem() + "* dst, int32_t flag, uint8_t* buffer)";
+    entry.arguments = "src, dst, flag, buffer";
     // Orders 1 to 7 never look at the buffer.
-    const std::string unused = buffered ? "" : "    (void)buffer;\n";
-    switch (shapeOf(m, t)) {
-        case Shape::SinglePath:
-            s << "extern \"C\" TVK_INTERNAL tvkStatus u8_" << name << args << " {\n" << unused
-              << "    return " << run("") << ";\n}\n";
-            break;
-        case Shape::TwoPath:
-            s << "extern \"C\" TVK_INTERNAL tvkStatus u8_" << name << args << " {\n" << unused
-              << "    if (tvk::aligned16(src, dst)) return " << run(t.aligned()) << ";\n"
-              << "    return " << run(t.unaligned()) << ";\n}\n";
-            break;
-        case Shape::Twinned:
-            s << "extern \"C\" TVK_INTERNAL tvkStatus " << twin << args << " {\n" << unused
-              << "    return " << run(t.unaligned()) << ";\n}\n";
-            s << "extern \"C\" TVK_INTERNAL tvkStatus u8_" << name << args << " {\n"
-              << "    if (!tvk::aligned16(src, dst)) return " << twin << "(src, dst, flag, buffer);\n"
-              << "    return " << run(t.aligned()) << ";\n}\n";
-            break;
-    }
+    entry.prelude = buffered ? "" : "    (void)buffer;\n";
+    entry.shape = shapeOf(m, t);
+    entry.aligned = t.aligned();
+    entry.unaligned = t.unaligned();
+    entry.run = run;
+    s << entryPoints(entry);
     return s.str();
 }
 

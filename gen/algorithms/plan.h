@@ -1,4 +1,5 @@
-// Complex DFT algorithms as graph builders.
+// Plans: the factorisation of one transform length, parsed from the notation
+// of the plan tables.
 //
 // A plan is a tree written in the notation of the plan tables:
 //   "2" "3" "4" "5"   the small forms          "5w"  the 5-point form with 0.25
@@ -13,8 +14,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-
-#include "graph.h"
 
 namespace gen {
 
@@ -34,19 +33,8 @@ using PlanLookup = std::function<std::shared_ptr<Plan>(int n)>;
 
 std::shared_ptr<Plan> parsePlan(const std::string& text, const PlanLookup& table);
 
-struct DftOptions {
-    int sign = -1;                 // -1 forward, +1 inverse
-    bool doubleProducts = false;   // single-precision 3 and 5: products in double
-    bool bluesteinReadsPast = false;  // Form B fetches element p and multiplies it by 0
-    bool deferredRotation = false;    // Rader as a real-coefficient network, i applied last
-};
-
-// Transforms every signal of the batch by `plan`; input j of signal t is
-// first multiplied by pre(t, j) when `pre` is given.
-Batch transform(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt,
-                const Multipliers& pre = {});
-
-// The whole body: outputs of the length-n transform of the source array.
-void buildDft(Graph& g, const Plan& plan, const DftOptions& opt);
+// The smallest primitive root of a prime, and base^exp mod m.
+int primitiveRoot(int p);
+int powMod(int base, int exp, int mod);
 
 }  // namespace gen

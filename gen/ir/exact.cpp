@@ -1,4 +1,4 @@
-#include "exact.h"
+#include "ir/exact.h"
 
 #include <cmath>
 #include <cstdio>
@@ -246,6 +246,14 @@ std::string literal(float v) {
     char buf[64];
     std::snprintf(buf, sizeof buf, "%af", static_cast<double>(v));
     return buf;
+}
+
+Fixed inverseSqrt(int n) {
+    // Newton's iteration y <- y (3 - n y^2) / 2 from the long double estimate.
+    Fixed y = Fixed::ratio(static_cast<int64_t>(std::ldexp(1.0L / std::sqrt(static_cast<long double>(n)), 62)),
+                           int64_t{1} << 62);
+    for (int i = 0; i < 4; ++i) y = (y * (Fixed::fromInt(3) - (y * y).mulInt(n))).divInt(2);
+    return y;
 }
 
 }  // namespace gen

@@ -79,6 +79,8 @@ Fixed cosTurn(int64_t k, int64_t n);
 Fixed sinTurn(int64_t k, int64_t n);
 // exp(sign * 2*pi*i*k/n)
 Complex rootOfUnity(int64_t k, int64_t n, int sign);
+// 1/sqrt(n)
+Fixed inverseSqrt(int n);
 
 // Literals: hexadecimal floating constants, exact by construction.
 std::string literal(double v);

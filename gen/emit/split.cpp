@@ -14,8 +14,8 @@
 #include <stdexcept>
 #include <vector>
 
-#include "emit.h"
-#include "schedule.h"
+#include "emit/emit.h"
+#include "emit/schedule.h"
 
 namespace gen {
 

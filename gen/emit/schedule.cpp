@@ -5,7 +5,7 @@
 // scheduled the same way, one after the other.  A stage of sub-transforms is
 // then computed one sub-transform at a time, down to single butterflies, and
 // the values live at any moment are those crossing the current cut.
-#include "schedule.h"
+#include "emit/schedule.h"
 
 #include <algorithm>
 

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "graph.h"
+#include "ir/graph.h"
 
 namespace gen {
 

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <sstream>
 
-#include "emit.h"
-#include "schedule.h"
+#include "emit/emit.h"
+#include "emit/schedule.h"
 
 namespace gen {
 

@@ -1,4 +1,4 @@
-#include "graph.h"
+#include "ir/graph.h"
 
 #include <algorithm>
 #include <cmath>
@@ -298,66 +298,6 @@ std::vector<int> Graph::liveNodes() const {
     for (size_t i = 0; i < nodes_.size(); ++i)
         if (live[i]) order.push_back(static_cast<int>(i));
     return order;
-}
-
-std::vector<int> transpose(const Graph& network, const std::vector<std::pair<int, int>>& seeds, int inputs,
-                           Arithmetic& target) {
-    std::vector<int> adjoint(network.nodes().size(), -1);
-    auto accumulate = [&](int node, int value, bool negated) {
-        int& a = adjoint[node];
-        if (a < 0) a = negated ? target.mul(value, -Complex::one()) : value;
-        else a = negated ? target.sub(a, value) : target.add(a, value);
-    };
-    for (const auto& [node, value] : seeds) accumulate(node, value, false);
-    std::vector<int> result(inputs, -1);
-    for (int id = static_cast<int>(adjoint.size()) - 1; id >= 0; --id) {
-        const int v = adjoint[id];
-        if (v < 0) continue;
-        const Node& n = network.node(id);
-        switch (n.op) {
-            case Op::Input: result.at(n.element[0]) = v; break;
-            case Op::Zero: break;
-            case Op::Add: accumulate(n.a, v, false), accumulate(n.b, v, false); break;
-            case Op::Sub: accumulate(n.a, v, false), accumulate(n.b, v, true); break;
-            case Op::Mul:
-                if (!n.k[0].im.isZero()) throw std::logic_error("transpose: not a real-coefficient network");
-                accumulate(n.a, target.mul(v, n.k[0]), false);
-                break;
-            default: throw std::logic_error("transpose: not a linear network");
-        }
-    }
-    for (int& r : result)
-        if (r < 0) r = target.zero();
-    return result;
-}
-
-// Real operations of a multiplication, lane by lane, as the back-ends perform
-// it: real or imaginary constants take two products a lane (none for a
-// uniform +-1 or +-i), h (+-1 +- i) two products and two additions, any other
-// constant four products and two additions, in every lane, 0 and 1 included.
-OpCount countOperations(const Graph& g) {
-    OpCount total;
-    const int w = g.width();
-    for (int id : g.liveNodes()) {
-        const Node& n = g.node(id);
-        if (n.op == Op::Add || n.op == Op::Sub) total.additions += 2 * w;
-        if (n.op != Op::Mul) continue;
-        bool realOnly = true, imagOnly = true, uniform = true;
-        for (int l = 0; l < w; ++l) {
-            realOnly &= n.k[l].im.isZero();
-            imagOnly &= n.k[l].re.isZero();
-            uniform &= n.k[l].sameAs(n.k[0]);
-        }
-        const double re = std::fabs(n.k[0].re.d), im = std::fabs(n.k[0].im.d);
-        OpCount c{2, 4};
-        if (realOnly) c = {0, uniform && re == 1 ? 0 : 2};
-        else if (imagOnly) c = {0, uniform && im == 1 ? 0 : 2};
-        else if (uniform && re == im) c = {2, 2};
-        if (!realOnly && !imagOnly) ++total.complexProducts;
-        total.additions += c.additions * w;
-        total.multiplications += c.multiplications * w;
-    }
-    return total;
 }
 
 }  // namespace gen

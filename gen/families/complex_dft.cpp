@@ -1,19 +1,19 @@
 // The complex DFT family: four sets of 63 Codelets (two directions, two
 // element types), written into `shards` source files per set.
-#include "dft_codelets.h"
+#include "families/complex_dft.h"
 
 #include <cmath>
 #include <sstream>
 #include <vector>
 
-#include "emit.h"
-#include "plans.h"
+#include "emit/emit.h"
+#include "families/complex_plans.h"
+#include "families/entry.h"
+#include "ir/count.h"
 
 namespace gen {
 
 namespace {
-
-enum class Shape { SinglePath, TwoPath, Twinned };
 
 // Where the unaligned path lives: none, inside the body, or in a twin function.
 Shape shapeOf(int n, ComplexType type) {
@@ -36,19 +36,6 @@ struct Set {
     }
 };
 
-std::string scalesOf(int n, ComplexType type) {
-    std::ostringstream s;
-    if (type == ComplexType::C32) {
-        s << "constexpr tvk::Scales<float> kScales{1.0f, " << literal(rsqrtExact(n).toFloat()) << ", "
-          << literal(Fixed::ratio(1, n).toFloat()) << "};\n";
-    } else {
-        // 1/sqrt(N) of the 64-bit bodies is 1.0 over the binary64 square root: two roundings.
-        s << "constexpr tvk::Scales<double> kScales{1.0, " << literal(1.0 / std::sqrt(static_cast<double>(n)))
-          << ", " << literal(Fixed::ratio(1, n).toDouble()) << "};\n";
-    }
-    return s.str();
-}
-
 struct Codelet {
     std::string text;
     OpCount count;
@@ -70,55 +57,34 @@ Codelet codelet(int n, const Set& set) {
     const OpCount count = countOperations(g);
 
     const std::string name = "tvkg" + set.stem() + "_" + std::to_string(n) + "_" + set.suffix();
-    const std::string twin = "u8_owng" + set.stem() + "_" + std::to_string(n) + "_" + set.suffix() + "_unaligned";
     const std::string ns = std::string(set.inverse ? "inv_" : "fwd_") + std::to_string(n) + "_" + set.suffix();
     const std::string elem = single ? "tvk32fc" : "tvk64fc", real = single ? "float" : "double";
     const std::string direction = set.inverse ? "tvk::Inverse" : "tvk::Forward";
-    const std::string aligned = single ? "tvk::Aligned32" : "tvk::Aligned64";
-    const std::string unaligned = single ? "tvk::Unaligned32" : "tvk::Unaligned64";
-    const std::string args = "(const " + elem + "* src, " + elem + "* dst, int32_t flag)";
-    auto run = [&](const std::string& memory) {
-        return "tvk::run<" + direction + ", " + ns + "::body<" + memory + ">>(src, dst, flag, " + ns + "::kScales)";
-    };
 
     std::ostringstream s;
     s << "\n// " << name << ": plan " << plan << "; " << count.additions << " additions, " << count.multiplications
       << " multiplications and " << 2 * n << " for the scale\n";
-    s << "namespace " << ns << " {\n" << scalesOf(n, set.type);
+    s << "namespace " << ns << " {\n" << scalesOf(n, single);
     s << "template <class M>\nTVK_BODY void body(const " << elem << "* src, " << elem << "* dst, " << real
       << " s) {\n";
     s << (split ? emitSplit(g) : single ? emitScalar(g, true) : emitInterleaved(g));
     s << "}\n}  // namespace " << ns << "\n";
-    switch (shapeOf(n, set.type)) {
-        case Shape::SinglePath:
-            s << "extern \"C\" TVK_INTERNAL tvkStatus u8_" << name << args << " {\n    return "
-              << run("tvk::Elementwise") << ";\n}\n";
-            break;
-        case Shape::TwoPath:
-            s << "extern \"C\" TVK_INTERNAL tvkStatus u8_" << name << args << " {\n"
-              << "    if (tvk::aligned16(src, dst)) return " << run(aligned) << ";\n"
-              << "    return " << run(unaligned) << ";\n}\n";
-            break;
-        case Shape::Twinned:
-            s << "extern \"C\" TVK_INTERNAL tvkStatus " << twin << args << " {\n    return " << run(unaligned)
-              << ";\n}\n";
-            s << "extern \"C\" TVK_INTERNAL tvkStatus u8_" << name << args << " {\n"
-              << "    if (!tvk::aligned16(src, dst)) return " << twin << "(src, dst, flag);\n"
-              << "    return " << run(aligned) << ";\n}\n";
-            break;
-    }
+    Entry entry;
+    entry.name = name;
+    entry.params = "(const " + elem + "* src, " + elem + "* dst, int32_t flag)";
+    entry.arguments = "src, dst, flag";
+    entry.shape = shapeOf(n, set.type);
+    entry.aligned = single ? "tvk::Aligned32" : "tvk::Aligned64";
+    entry.unaligned = single ? "tvk::Unaligned32" : "tvk::Unaligned64";
+    entry.run = [&](const std::string& memory) {
+        return "tvk::run<" + direction + ", " + ns + "::body<" + (memory.empty() ? "tvk::Elementwise" : memory) +
+               ">>(src, dst, flag, " + ns + "::kScales)";
+    };
+    s << entryPoints(entry);
     return {s.str(), count, plan};
 }
 
 }  // namespace
-
-Fixed rsqrtExact(int n) {
-    // Newton's iteration y <- y (3 - n y^2) / 2 from the long double estimate.
-    Fixed y = Fixed::ratio(static_cast<int64_t>(std::ldexp(1.0L / std::sqrt(static_cast<long double>(n)), 62)),
-                           int64_t{1} << 62);
-    for (int i = 0; i < 4; ++i) y = (y * (Fixed::fromInt(3) - (y * y).mulInt(n))).divInt(2);
-    return y;
-}
 
 void writeComplexDft(Output& out, int shards, std::ostream& counts) {
     for (const bool inverse : {false, true}) {

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "graph.h"
+#include "ir/graph.h"
 
 namespace gen {
 

@@ -1,4 +1,4 @@
-#include "pair_arithmetic.h"
+#include "ir/pair_arithmetic.h"
 
 #include <stdexcept>
 

@@ -27,6 +27,8 @@ Nodes direct(Arithmetic& g, const Nodes& x, const DftOptions& opt) {
             if (O < 0) O = s.isNegative() ? g.mul(sterm, realConst(Fixed::fromInt(-1))) : sterm;
             else O = s.isNegative() ? g.sub(O, sterm) : g.add(O, sterm);
         }
+        E = g.narrow(E);
+        O = g.narrow(O);
         X[k] = g.add(E, O);
         X[p - k] = g.sub(E, O);
     }

@@ -39,7 +39,6 @@ std::pair<DftOptions, DftOptions> convolutionOptions(const DftOptions& opt) {
     DftOptions forward = opt, backward = opt;
     forward.sign = -1;
     backward.sign = +1;
-    forward.doubleProducts = backward.doubleProducts = false;
     return {forward, backward};
 }
 
@@ -143,9 +142,9 @@ Batch raderDeferred(Arithmetic& g, const Plan& plan, const Batch& in, const DftO
             d[m] = g.sub(u, w);
         }
         const auto A = halfSpectrum(g, *plan.first, s, d, forward);
-        std::vector<std::pair<int, int>> seeds;
+        std::vector<Seed> seeds;
         auto seed = [&](int node, int value) {
-            if (network.node(node).op != Op::Zero) seeds.emplace_back(node, value);
+            if (network.node(node).op != Op::Zero) seeds.push_back({node, value});
         };
         // Bin 0: -1/n on the sum, plus x[0].
         seed(symbolic[0].first, g.add(product(A[0].first, B[0].re.exact), x0));

@@ -4,6 +4,7 @@ namespace gen {
 
 // Split radix, decimation in frequency.  The rotations act on the 2-point
 // differences; at n = N/8 both rotations share the products h*a and h*b.
+// Each rotation is a block of its own.
 Nodes splitRadix(Arithmetic& g, const Nodes& x, const DftOptions& opt) {
     const int N = static_cast<int>(x.size());
     if (N == 1) return x;
@@ -23,12 +24,12 @@ Nodes splitRadix(Arithmetic& g, const Nodes& x, const DftOptions& opt) {
             const Complex h = realConst(cosTurn(1, 8));
             const int r = g.mul(a, h), t = g.mul(b, h);
             const int A = g.add(r, t), B = g.sub(r, t);
-            z1[n] = g.add(B, g.mul(A, rotation(opt.sign)));
-            z3[n] = g.mul(g.sub(B, g.mul(A, rotation(opt.sign))), minusOne);
+            z1[n] = g.narrow(g.add(B, g.mul(A, rotation(opt.sign))));
+            z3[n] = g.narrow(g.mul(g.sub(B, g.mul(A, rotation(opt.sign))), minusOne));
         } else {
             const int ib = g.mul(b, rotation(opt.sign));
-            z1[n] = g.mul(g.add(a, ib), rootOfUnity(n, N, opt.sign));
-            z3[n] = g.mul(g.sub(a, ib), rootOfUnity(3 * n, N, opt.sign));
+            z1[n] = g.narrow(g.mul(g.add(a, ib), rootOfUnity(n, N, opt.sign)));
+            z3[n] = g.narrow(g.mul(g.sub(a, ib), rootOfUnity(3 * n, N, opt.sign)));
         }
     }
     const Nodes U = splitRadix(g, u, opt), Z1 = splitRadix(g, z1, opt), Z3 = splitRadix(g, z3, opt);

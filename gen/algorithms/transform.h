@@ -8,7 +8,6 @@ namespace gen {
 
 struct DftOptions {
     int sign = -1;                 // -1 forward, +1 inverse
-    bool doubleProducts = false;   // single-precision 3 and 5: products in double
     bool bluesteinReadsPast = false;  // Form B fetches element p and multiplies it by 0
     bool deferredRotation = false;    // Rader as a real-coefficient network, i applied last
 };

@@ -7,8 +7,8 @@
 
 namespace gen {
 
-// One real value per variable.  `single` bodies hold tvk32f values (with the
-// double-precision nodes of the mixed 3 and 5), the others tvk64f.
+// A real-domain graph, one real value per variable.  `single` bodies hold
+// tvk32f values and double ones where a node is double; the others tvk64f.
 std::string emitScalar(const Graph& g, bool single);
 
 // tvk64fc: one complex value per __m128d, real part in the low half.

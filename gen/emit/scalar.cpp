@@ -1,33 +1,38 @@
-// Scalar back-end.  Each complex node becomes two real variables; negations
-// are carried as a sign on the variable and folded into the next addition or
-// subtraction, so that a rotation by i costs nothing.
-#include <array>
+// Scalar back-end: one real value per variable, for the real-domain graphs of
+// the real DFT, Hartley and short complex bodies.  Elements are read and
+// written through tvk::load and tvk::store, which accept any address.  Signs
+// are carried on the variables and folded into the next addition, or into
+// the store as a flip of the sign bit.  Nodes are written in the order of the
+// schedule, and each output is stored once its value is ready and the last
+// element has been loaded.
 #include <cmath>
 #include <sstream>
+#include <stdexcept>
 
 #include "emit/emit.h"
+#include "emit/schedule.h"
+#include "emit/signs.h"
 
 namespace gen {
 
 namespace {
 
-struct Part {
-    std::string name;
-    bool negated = false;
-    bool isDouble = false;
-};
-
 class ScalarEmitter {
 public:
-    ScalarEmitter(const Graph& g, bool single) : g_(g), single_(single), parts_(g.nodes().size()) {}
+    ScalarEmitter(const Graph& g, bool single) : g_(g), single_(single), parts_(g.nodes().size()) {
+        if (g.domain() != Domain::Real) throw std::logic_error("the scalar back-end writes real graphs");
+    }
 
     std::string run() {
-        for (int id : g_.liveNodes()) emitNode(id);
         const Signal& out = g_.outputs();
-        for (size_t k = 0; k < out.size(); ++k) {
-            const auto& p = parts_[out[k].node];
-            out_ << "    dst[" << k << "].re = s * " << (p[0].negated ? "-" : "") << p[0].name << ";\n";
-            out_ << "    dst[" << k << "].im = s * " << (p[1].negated ? "-" : "") << p[1].name << ";\n";
+        std::vector<int> storedNodes;
+        for (const Ref& r : out) storedNodes.push_back(r.isZero() ? -1 : r.node);
+        const std::vector<int> order = scheduleNodes(g_);
+        const std::vector<int> storeAt = storePositions(g_, order, storedNodes);
+        for (int i = -1; i < static_cast<int>(order.size()); ++i) {
+            if (i >= 0) emitNode(order[i]);
+            for (size_t k = 0; k < out.size(); ++k)
+                if (storeAt[k] == i) emitStore(static_cast<int>(k), out[k]);
         }
         return out_.str();
     }
@@ -38,83 +43,58 @@ private:
         return isDouble || !single_ ? literal(r.d) : literal(r.f);
     }
 
-    Part define(const std::string& expr, bool isDouble) {
+    Signed define(const std::string& expr, bool isDouble) {
         const std::string name = "t" + std::to_string(next_++);
         out_ << "    const " << type(isDouble) << ' ' << name << " = " << expr << ";\n";
-        return {name, false, isDouble};
+        return {name, false};
     }
 
-    // x + y, or x - y when `subtract`, with the signs of both folded in.
-    Part combine(Part x, Part y, bool subtract) {
-        if (subtract) y.negated = !y.negated;
-        if (x.negated && y.negated) {
-            Part r = define(x.name + " + " + y.name, x.isDouble);
-            r.negated = true;
-            return r;
-        }
-        if (x.negated) return define(y.name + " - " + x.name, x.isDouble);
-        if (y.negated) return define(x.name + " - " + y.name, x.isDouble);
-        return define(x.name + " + " + y.name, x.isDouble);
-    }
-
-    Part times(const Part& x, const Real& c) {
-        const bool negative = (c.d < 0) != x.negated;
-        if (std::fabs(c.d) == 1) return {x.name, negative, x.isDouble};
-        const Real magnitude = c.d < 0 ? -c : c;
-        Part r = define(lit(magnitude, x.isDouble) + " * " + x.name, x.isDouble);
-        r.negated = negative;
-        return r;
-    }
-
-    static Part flip(Part p, bool doIt) {
-        if (doIt) p.negated = !p.negated;
-        return p;
+    void emitStore(int k, const Ref& r) {
+        // A constant zero store is +0, all bits clear, whatever the input.
+        const std::string value = r.isZero() ? (single_ ? "0.0f" : "0.0")
+                                             : (parts_[r.node].negated ? "-" : "") + parts_[r.node].name;
+        out_ << "    tvk::store(dst, " << k << ", " << value << ");\n";
     }
 
     void emitNode(int id) {
         const Node& n = g_.node(id);
-        auto& p = parts_[id];
+        const bool dbl = n.isDouble;
+        Signed& p = parts_[id];
         switch (n.op) {
-            case Op::Input: {
-                const int k = n.element[0];
-                const std::string src = "src[" + std::to_string(k) + "]";
-                p[0] = define(src + ".re", false);
-                p[1] = define(src + ".im", false);
+            case Op::Input:
+                p = define("tvk::load<" + type(false) + ">(src, " + std::to_string(n.element[0]) + ")", false);
                 break;
-            }
-            case Op::Zero: p[0] = p[1] = {"0", false, n.isDouble}; break;
+            case Op::Zero: p = {dbl || !single_ ? "0.0" : "0.0f", false}; break;
+            case Op::Scale: p = {"s", false}; break;
             case Op::Add:
             case Op::Sub:
-                for (int c = 0; c < 2; ++c) p[c] = combine(parts_[n.a][c], parts_[n.b][c], n.op == Op::Sub);
+                p = combine(parts_[n.a], parts_[n.b], n.op == Op::Sub,
+                            [&](bool plus, const std::string& a, const std::string& b) {
+                                return define(a + (plus ? " + " : " - ") + b, dbl).name;
+                            });
                 break;
             case Op::Mul: {
-                const auto& a = parts_[n.a];
-                const Complex& k = n.k[0];
-                if (k.im.isZero()) {
-                    p[0] = times(a[0], k.re);
-                    p[1] = times(a[1], k.re);
-                } else if (k.re.isZero()) {  // (0, c): (-c a.im, c a.re)
-                    p[0] = times(a[1], -k.im);
-                    p[1] = times(a[0], k.im);
-                } else if (std::fabs(k.re.d) == std::fabs(k.im.d)) {  // h (+-1 +- i)
-                    const bool sr = k.re.d < 0, si = k.im.d < 0;
-                    const Real h = sr ? -k.re : k.re;
-                    p[0] = times(combine(flip(a[0], sr), flip(a[1], si), true), h);
-                    p[1] = times(combine(flip(a[1], sr), flip(a[0], si), false), h);
+                const Real& k = n.k[0].re;
+                const Signed& a = parts_[n.a];
+                const bool negative = (k.d < 0) != a.negated;
+                if (std::fabs(k.d) == 1) {
+                    p = {a.name, negative};
                 } else {
-                    p[0] = combine(times(a[0], k.re), times(a[1], k.im), true);
-                    p[1] = combine(times(a[1], k.re), times(a[0], k.im), false);
+                    p = define(lit(k.d < 0 ? -k : k, dbl) + " * " + a.name, dbl);
+                    p.negated = negative;
                 }
+                break;
+            }
+            case Op::Product: {
+                const Signed &a = parts_[n.a], &b = parts_[n.b];
+                p = define(a.name + " * " + b.name, dbl);
+                p.negated = a.negated != b.negated;
                 break;
             }
             case Op::Widen:
             case Op::Narrow:
-                for (int c = 0; c < 2; ++c) {
-                    const Part& a = parts_[n.a][c];
-                    const bool toDouble = n.op == Op::Widen;
-                    p[c] = define(type(toDouble) + "(" + a.name + ")", toDouble);
-                    p[c].negated = a.negated;
-                }
+                p = define(type(dbl) + "(" + parts_[n.a].name + ")", dbl);
+                p.negated = parts_[n.a].negated;
                 break;
             case Op::Shuffle: throw std::logic_error("scalar bodies have one lane");
         }
@@ -122,7 +102,7 @@ private:
 
     const Graph& g_;
     bool single_;
-    std::vector<std::array<Part, 2>> parts_;
+    std::vector<Signed> parts_;
     std::ostringstream out_;
     int next_ = 0;
 };

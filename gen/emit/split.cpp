@@ -16,15 +16,13 @@
 
 #include "emit/emit.h"
 #include "emit/schedule.h"
+#include "emit/signs.h"
 
 namespace gen {
 
 namespace {
 
-struct Part {
-    std::string name;
-    bool negated = false;
-};
+using Part = Signed;
 
 class SplitEmitter {
 public:
@@ -58,11 +56,9 @@ private:
     std::string plain(const Part& p) { return p.negated ? define("tvk::negate(" + p.name + ")") : p.name; }
 
     Part combine(Part x, Part y, bool subtract) {
-        if (subtract) y.negated = !y.negated;
-        if (x.negated && y.negated) return {define("_mm_add_ps(" + x.name + ", " + y.name + ")"), true};
-        if (x.negated) return {define("_mm_sub_ps(" + y.name + ", " + x.name + ")"), false};
-        if (y.negated) return {define("_mm_sub_ps(" + x.name + ", " + y.name + ")"), false};
-        return {define("_mm_add_ps(" + x.name + ", " + y.name + ")"), false};
+        return gen::combine(x, y, subtract, [this](bool plus, const std::string& a, const std::string& b) {
+            return define(std::string(plus ? "_mm_add_ps(" : "_mm_sub_ps(") + a + ", " + b + ")");
+        });
     }
 
     static bool uniform(const std::array<float, kMaxWidth>& c) {
@@ -79,11 +75,6 @@ private:
             for (float& v : c) v = -v;
         if (uniform(c) && std::fabs(c[0]) == 1) return {x.name, c[0] < 0};
         return {define("_mm_mul_ps(" + x.name + ", " + vectorOf(c) + ")"), false};
-    }
-
-    static Part flip(Part p, bool doIt) {
-        if (doIt) p.negated = !p.negated;
-        return p;
     }
 
     void emitMul(const Node& n, std::array<Part, 2>& p) {

@@ -5,11 +5,18 @@
 
 namespace gen {
 
-// Real operation counts of a body, lane by lane, without the scale.
+// Real operations of a body, lane by lane, the scale of the outputs included.
+// Signs cost nothing: the back-ends fold them into additions and stores.
 struct OpCount {
     int additions = 0;
     int multiplications = 0;
     int complexProducts = 0;  // products by a constant with both parts nonzero
+    // Of the above, those in double precision in a single-precision body, and
+    // the conversions between the two.
+    int doubleAdditions = 0;
+    int doubleMultiplications = 0;
+    int widenings = 0;
+    int narrowings = 0;
 };
 OpCount countOperations(const Graph& g);
 

@@ -75,9 +75,16 @@ bool Graph::isNegation(int id, int& of) const {
     return true;
 }
 
+bool Graph::samePrecision(int a, int b) const {
+    if (nodes_[a].op == Op::Zero || nodes_[b].op == Op::Zero) return true;
+    if (nodes_[a].isDouble == nodes_[b].isDouble) return true;
+    throw std::logic_error("an operation on a single and a double value");
+}
+
 int Graph::add(int a, int b) {
     if (nodes_[a].op == Op::Zero) return b;
     if (nodes_[b].op == Op::Zero) return a;
+    samePrecision(a, b);
     if (int m; isNegation(b, m)) return sub(a, m);
     if (int m; isNegation(a, m)) return sub(b, m);
     if (a > b) std::swap(a, b);  // one node for a + b and b + a
@@ -93,6 +100,7 @@ int Graph::sub(int a, int b) {
     if (nodes_[b].op == Op::Zero) return a;
     if (nodes_[a].op == Op::Zero) return mul(b, -Complex::one());
     if (int m; isNegation(b, m)) return add(a, m);
+    samePrecision(a, b);
     Node n;
     n.op = Op::Sub;
     n.a = a;
@@ -119,6 +127,7 @@ int Graph::negate(int a) {
 
 int Graph::mulLanes(int a, const std::array<Complex, kMaxWidth>& c) {
     if (nodes_[a].op == Op::Zero || allOnes(c, width_)) return a;
+    if (domain_ == Domain::Real && !c[0].im.isZero()) throw std::logic_error("a complex constant in a real graph");
     // Products by -k are negations of products by k, so that a value and its
     // negative are one node (the negation folds into additions).
     bool negativeReal = true;
@@ -151,7 +160,14 @@ int Graph::shuffle(const std::array<Ref, kMaxWidth>& from) {
     return intern(n);
 }
 
+// Widening a double and narrowing a single change nothing, so that a block
+// can narrow what leaves it whatever the precision of the body; narrowing a
+// widened value gives it back, since the widening was exact.
+// A sign goes outside a conversion, so that -x and x widen to one value and
+// its negation.
 int Graph::widen(int a) {
+    if (nodes_[a].isDouble || nodes_[a].op == Op::Zero) return a;
+    if (int m; isNegation(a, m)) return negate(widen(m));
     Node n;
     n.op = Op::Widen;
     n.a = a;
@@ -160,10 +176,30 @@ int Graph::widen(int a) {
 }
 
 int Graph::narrow(int a) {
+    if (!nodes_[a].isDouble) return a;
+    if (nodes_[a].op == Op::Widen) return nodes_[a].a;
+    if (int m; isNegation(a, m)) return negate(narrow(m));
     Node n;
     n.op = Op::Narrow;
     n.a = a;
     n.isDouble = false;
+    return intern(n);
+}
+
+int Graph::scale() {
+    Node n;
+    n.op = Op::Scale;
+    return intern(n);
+}
+
+int Graph::product(int a, int b) {
+    samePrecision(a, b);
+    if (b < a) std::swap(a, b);
+    Node n;
+    n.op = Op::Product;
+    n.a = a;
+    n.b = b;
+    n.isDouble = nodes_[a].isDouble;
     return intern(n);
 }
 

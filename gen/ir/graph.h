@@ -1,11 +1,14 @@
 // The expression graph of one Codelet body.
 //
-// A node is a vector of `width` complex values (width 1 for the scalar and the
-// interleaved back-ends, 4 for the split four-lane back-end).  Every operation
-// acts lane by lane: additions, subtractions, multiplications by a literal
-// complex constant per lane, lane shuffles, and the widening and narrowing
-// that the mixed-precision scalar bodies need.  Nodes are hash-consed, so an
-// expression built twice is one node.
+// In the complex domain a node is a vector of `width` complex values (width 1
+// for the interleaved back-end, 4 for the split four-lane back-end).  In the
+// real domain a node is one real value: the scalar bodies of every family,
+// whose complex values are pairs of real nodes (ir/pair_arithmetic.h).
+// Every operation acts lane by lane: additions, subtractions,
+// multiplications by a literal constant per lane, lane shuffles, the widening
+// and narrowing of the mixed-precision bodies, and the scale of the outputs.
+// Precision is a property of a node: both operands of an addition have the
+// same one.  Nodes are hash-consed, so an expression built twice is one node.
 #pragma once
 
 #include <array>
@@ -32,7 +35,11 @@ enum class Op {
     Shuffle,  // each lane copied from a lane of another node (or zero, or left spare)
     Widen,    // single to double precision, exact
     Narrow,   // double to single precision, one rounding
+    Scale,    // the body's scale factor, chosen by the flag at run time
+    Product,  // a times b: an output times the scale
 };
+
+enum class Domain { Complex, Real };
 
 struct Node {
     Op op = Op::Zero;
@@ -45,8 +52,11 @@ struct Node {
 
 class Graph : public Arithmetic {
 public:
-    explicit Graph(int width) : width_(width) {}
+    explicit Graph(int width, Domain domain = Domain::Complex) : width_(width), domain_(domain) {
+        if (domain == Domain::Real && width != 1) throw std::logic_error("a real graph has one lane");
+    }
     int width() const override { return width_; }
+    Domain domain() const { return domain_; }
     const std::vector<Node>& nodes() const { return nodes_; }
     const Node& node(int id) const { return nodes_[id]; }
 
@@ -61,8 +71,12 @@ public:
     int shuffle(const std::array<Ref, kMaxWidth>& from);
     int widen(int a) override;
     int narrow(int a) override;
+    int scale();
+    int product(int a, int b);
     int valueOf(const Ref& r) override;
     bool isZero(int v) const override { return nodes_[v].op == Op::Zero; }
+    // Whether a node is -x (a product by -1), and x.
+    bool isNegation(int id, int& of) const;
 
     // ---- signal-level operations: lanes are assigned here ----
     // Packs a list of values into ceil(n / width) nodes, value i in lane i % width.
@@ -90,11 +104,12 @@ private:
     int intern(Node n);
     static bool allOnes(const std::array<Complex, kMaxWidth>& c, int width);
     bool allUnits(const std::array<Complex, kMaxWidth>& c) const;
-    bool isNegation(int id, int& of) const;
+    bool samePrecision(int a, int b) const;
 
     int laneGroup() const { return inLane() ? 1 : width_; }
 
     int width_;
+    Domain domain_;
     bool inLane_ = false;
     std::vector<Node> nodes_;
     std::map<std::string, int> index_;

@@ -1,6 +1,6 @@
 #include "ir/pair_arithmetic.h"
 
-#include <stdexcept>
+#include <cmath>
 
 namespace gen {
 
@@ -24,42 +24,23 @@ int PairArithmetic::sub(int a, int b) { return make(parent_.sub(re(a), re(b)), p
 
 int PairArithmetic::mul(int a, const Complex& c) {
     const int r = re(a), i = im(a);
+    if (!c.re.isZero() && std::fabs(c.re.d) == std::fabs(c.im.d)) {
+        // h (sr + j si): the sums first, then one product each.
+        const Real h = c.re.d < 0 ? -c.re : c.re;
+        const bool sr = c.re.d < 0, si = c.im.d < 0;
+        auto signedSum = [&](int x, bool negX, int y, bool negY) {
+            if (negX && negY) return parent_.sub(parent_.zero(), parent_.add(x, y));
+            if (negX) return parent_.sub(y, x);
+            if (negY) return parent_.sub(x, y);
+            return parent_.add(x, y);
+        };
+        // (sr R - si I) h + j (si R + sr I) h
+        return make(times(signedSum(r, sr, i, !si), h), times(signedSum(r, si, i, sr), h));
+    }
     return make(parent_.sub(times(r, c.re), times(i, c.im)), parent_.add(times(r, c.im), times(i, c.re)));
 }
 
-int PairArithmetic::widen(int) { throw std::logic_error("pair values have no mixed precision"); }
-int PairArithmetic::narrow(int) { throw std::logic_error("pair values have no mixed precision"); }
-
-int PairArithmetic::valueOf(const Ref& r) {
-    if (r.isZero()) return zero();
-    if (r.isMemory()) throw std::logic_error("pair values are lifted from the parent, never loaded");
-    return r.node;
-}
-
-Signal PairArithmetic::scale(const Signal& s, const std::function<Complex(int)>& constant) {
-    Signal out = s;
-    for (size_t i = 0; i < s.size(); ++i)
-        if (!s[i].isZero()) out[i] = {mul(valueOf(s[i]), constant(static_cast<int>(i))), 0};
-    return out;
-}
-
-Signal PairArithmetic::add(const Signal& x, const Signal& y) {
-    Signal out(x.size());
-    for (size_t i = 0; i < x.size(); ++i) out[i] = {add(valueOf(x[i]), valueOf(y[i])), 0};
-    return out;
-}
-
-Batch PairArithmetic::lanewise(const Batch& in, const Kernel& kernel, const Multipliers& pre) {
-    Batch out(in.size());
-    for (size_t t = 0; t < in.size(); ++t) {
-        std::vector<int> inputs;
-        for (size_t j = 0; j < in[t].size(); ++j) {
-            const int v = valueOf(in[t][j]);
-            inputs.push_back(pre ? mul(v, pre(static_cast<int>(t), static_cast<int>(j))) : v);
-        }
-        for (int v : kernel(*this, inputs)) out[t].push_back({v, 0});
-    }
-    return out;
-}
+int PairArithmetic::widen(int a) { return make(parent_.widen(re(a)), parent_.widen(im(a))); }
+int PairArithmetic::narrow(int a) { return make(parent_.narrow(re(a)), parent_.narrow(im(a))); }
 
 }  // namespace gen

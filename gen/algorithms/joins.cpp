@@ -12,15 +12,15 @@ Multipliers composePre(const Multipliers& pre, std::function<std::pair<int, int>
 
 namespace {
 
-// A transform of j-real signals (pair values only) has X[N-k] = conj X[k]:
+// A transform of a j-real signal (pair values only) has X[N-k] = conj X[k]:
 // a join then computes its stage-two transforms for the first half of the
-// stage-one bins only, and conjugates the rest.
-bool allReal(Arithmetic& g, const Batch& in, const Multipliers& pre) {
-    if (pre) return false;
-    for (const Signal& s : in)
-        for (const Ref& r : s)
-            if (!g.isReal(r)) return false;
-    return true;
+// stage-one bins only, and conjugates the rest.  Signals of one batch can
+// differ: the rows of a join after a real first pass are real and complex.
+std::vector<bool> realSignals(Arithmetic& g, const Batch& in, const Multipliers& pre) {
+    std::vector<bool> real(in.size(), !pre);
+    for (size_t t = 0; t < in.size(); ++t)
+        for (const Ref& r : in[t]) real[t] = real[t] && g.isReal(r);
+    return real;
 }
 
 void fillByConjugation(Arithmetic& g, Batch& out, const std::vector<std::vector<bool>>& filled) {
@@ -35,7 +35,7 @@ void fillByConjugation(Arithmetic& g, Batch& out, const std::vector<std::vector<
 
 Batch cooleyTukey(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
     const int P = plan.first->n, M = plan.second->n, N = plan.n, count = static_cast<int>(in.size());
-    const int rows = allReal(g, in, pre) ? P / 2 + 1 : P;
+    const std::vector<bool> real = realSignals(g, in, pre);
     // Stage one: for each residue c, the P-point transform of x[c + M j].
     Batch s1(count * M, Signal(P));
     for (int t = 0; t < count; ++t)
@@ -44,27 +44,35 @@ Batch cooleyTukey(Arithmetic& g, const Plan& plan, const Batch& in, const DftOpt
     const Batch Y = transform(g, *plan.first, s1, opt,
                               composePre(pre, [M](int s, int j) { return std::pair{s / M, s % M + M * j}; }));
     // Stage two: for each k1, the M-point transform over c of Y[c][k1] * w^(c k1).
-    Batch s2(count * rows, Signal(M));
+    Batch s2;
+    std::vector<std::pair<int, int>> origin;  // (t, k1) of each stage-two signal
     for (int t = 0; t < count; ++t)
-        for (int k1 = 0; k1 < rows; ++k1)
-            for (int c = 0; c < M; ++c) s2[t * rows + k1][c] = Y[t * M + c][k1];
+        for (int k1 = 0; k1 < (real[t] ? P / 2 + 1 : P); ++k1) {
+            Signal s(M);
+            for (int c = 0; c < M; ++c) s[c] = Y[t * M + c][k1];
+            s2.push_back(s);
+            origin.emplace_back(t, k1);
+        }
     const int sign = opt.sign;
-    const Batch Z = transform(g, *plan.second, s2, opt,
-                              [rows, N, sign](int s, int c) { return rootOfUnity(c * (s % rows), N, sign); });
+    const Batch Z = transform(g, *plan.second, s2, opt, [&origin, N, sign](int s, int c) {
+        return rootOfUnity(c * origin[s].second, N, sign);
+    });
     Batch out(count, Signal(N));
     std::vector<std::vector<bool>> filled(count, std::vector<bool>(N, false));
-    for (int t = 0; t < count; ++t)
-        for (int k1 = 0; k1 < rows; ++k1)
-            for (int k2 = 0; k2 < M; ++k2) {
-                out[t][k1 + P * k2] = Z[t * rows + k1][k2];
-                filled[t][k1 + P * k2] = true;
-            }
+    for (size_t s = 0; s < Z.size(); ++s) {
+        const auto [t, k1] = origin[s];
+        for (int k2 = 0; k2 < M; ++k2) {
+            out[t][k1 + P * k2] = Z[s][k2];
+            filled[t][k1 + P * k2] = true;
+        }
+    }
     fillByConjugation(g, out, filled);
     return out;
 }
 
 Batch goodThomas(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
     const int P = plan.first->n, M = plan.second->n, N = plan.n, count = static_cast<int>(in.size());
+    const std::vector<bool> real = realSignals(g, in, pre);
     Batch s1(count * M, Signal(P));
     for (int t = 0; t < count; ++t)
         for (int b = 0; b < M; ++b)
@@ -73,33 +81,34 @@ Batch goodThomas(Arithmetic& g, const Plan& plan, const Batch& in, const DftOpti
                                   return std::pair{s / M, (M * a + P * (s % M)) % N};
                               }));
     // Stage two on each bin a of stage one; bin 0 may have a transform of its own.
-    const int lastBin = allReal(g, in, pre) ? P / 2 : P - 1;
     Batch out(count, Signal(N));
     std::vector<std::vector<bool>> filled(count, std::vector<bool>(N, false));
-    auto stageTwo = [&](const Plan& second, int firstBin, int lastBin) {
+    auto stageTwo = [&](const Plan& second, int firstBin, bool binZeroOnly) {
         Batch s2;
+        std::vector<std::pair<int, int>> origin;  // (t, a) of each stage-two signal
         for (int t = 0; t < count; ++t)
-            for (int a = firstBin; a <= lastBin; ++a) {
+            for (int a = firstBin; a <= (binZeroOnly ? 0 : real[t] ? P / 2 : P - 1); ++a) {
                 Signal s(M);
                 for (int b = 0; b < M; ++b) s[b] = Y[t * M + b][a];
                 s2.push_back(s);
+                origin.emplace_back(t, a);
             }
         const Batch Z = transform(g, second, s2, opt);
-        const int bins = lastBin - firstBin + 1;
-        for (int t = 0; t < count; ++t)
-            for (int a = firstBin; a <= lastBin; ++a)
-                for (int k2 = 0; k2 < M; ++k2) {
-                    int k = 0;  // k = a mod P, k = k2 mod M
-                    while (k % P != a || k % M != k2) ++k;
-                    out[t][k] = Z[t * bins + (a - firstBin)][k2];
-                    filled[t][k] = true;
-                }
+        for (size_t s = 0; s < Z.size(); ++s) {
+            const auto [t, a] = origin[s];
+            for (int k2 = 0; k2 < M; ++k2) {
+                int k = 0;  // k = a mod P, k = k2 mod M
+                while (k % P != a || k % M != k2) ++k;
+                out[t][k] = Z[s][k2];
+                filled[t][k] = true;
+            }
+        }
     };
     if (plan.secondOfBinZero) {
-        stageTwo(*plan.secondOfBinZero, 0, 0);
-        stageTwo(*plan.second, 1, lastBin);
+        stageTwo(*plan.secondOfBinZero, 0, true);
+        stageTwo(*plan.second, 1, false);
     } else {
-        stageTwo(*plan.second, 0, lastBin);
+        stageTwo(*plan.second, 0, false);
     }
     fillByConjugation(g, out, filled);
     return out;

@@ -121,7 +121,8 @@ void writeComplexDft(Output& out, int shards, std::ostream& counts) {
                 files[(n - 2) % shards] << c.text;
                 counts << "tvkg" << set.stem() << "_" << n << "_" << set.suffix() << '\t' << c.plan << '\t'
                        << c.count.additions << '\t' << c.count.multiplications << '\t'
-                       << c.count.complexProducts << '\n';
+                       << c.count.complexProducts << '\t' << c.count.doubleMultiplications << '\t'
+                       << c.count.doubleAdditions << '\t' << c.count.widenings << '\t' << c.count.narrowings << '\n';
             }
             for (int i = 0; i < shards; ++i)
                 out.write(set.file() + "_" + std::to_string(i) + ".cpp",

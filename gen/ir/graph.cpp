@@ -101,6 +101,15 @@ int Graph::sub(int a, int b) {
     if (nodes_[a].op == Op::Zero) return mul(b, -Complex::one());
     if (int m; isNegation(b, m)) return add(a, m);
     samePrecision(a, b);
+    // In the real domain a difference and its negative are one node, with a
+    // sign: -a - b is -(a + b), and b - a is -(a - b) when a is the older
+    // node.  Round to nearest is symmetric, so only the sign of an exact zero
+    // can change; the sharing shows the duplicates that conjugate symmetry
+    // leaves in a real transform.
+    if (domain_ == Domain::Real) {
+        if (int m; isNegation(a, m)) return negate(add(m, b));
+        if (a > b) return negate(sub(b, a));
+    }
     Node n;
     n.op = Op::Sub;
     n.a = a;

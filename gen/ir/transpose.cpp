@@ -83,13 +83,14 @@ private:
     }
 
     // What reaches node `id`: a lone contribution passes on unchanged (sign
-    // and factor included) unless a double one reaches a single node; several
-    // are summed in the node's precision, in double if any is a product.
+    // and factor included) unless a double one reaches a single node.
+    // Several are summed in double, widened, if any is a product, and else in
+    // single; a single node narrows a double sum.
     Contribution adjoint(int id) {
         const std::vector<Contribution>& in = arriving_[id];
         const Node& n = network_.node(id);
         if (in.size() == 1 && (n.isDouble || !in[0].isDouble)) return in[0];
-        bool anyDouble = n.isDouble;
+        bool anyDouble = false;
         for (const Contribution& c : in) anyDouble |= c.isDouble;
         int sum = -1;
         for (const Contribution& c : in) {
@@ -98,8 +99,8 @@ private:
             if (sum < 0) sum = m.negated ? target_.mul(value, -Complex::one()) : value;
             else sum = m.negated ? target_.sub(sum, value) : target_.add(sum, value);
         }
-        if (!n.isDouble && anyDouble) sum = target_.narrow(sum);
-        return {sum, false, n.isDouble, 1};
+        if (!n.isDouble && anyDouble) return {target_.narrow(sum), false, false, 1};
+        return {sum, false, anyDouble, 1};
     }
 
     const Graph& network_;

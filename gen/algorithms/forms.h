@@ -37,6 +37,7 @@ Batch inLane(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions&
 // Prime forms.
 Batch rader(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre);
 Batch raderDeferred(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre);
+Batch realRader(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre);
 Batch bluestein(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre);
 // The inner transforms of Rader and Bluestein: a forward and an unnormalised
 // inverse DFT, whatever the direction of the body.

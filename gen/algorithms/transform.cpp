@@ -33,6 +33,7 @@ Batch transform(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptio
         case Plan::Kind::CooleyTukey: return cooleyTukey(g, plan, in, opt, pre);
         case Plan::Kind::GoodThomas: return goodThomas(g, plan, in, opt, pre);
         case Plan::Kind::Rader:
+            if (opt.realRader) return realRader(g, plan, in, opt, pre);
             return opt.deferredRotation ? raderDeferred(g, plan, in, opt, pre) : rader(g, plan, in, opt, pre);
         case Plan::Kind::Bluestein: return bluestein(g, plan, in, opt, pre);
         default: return g.lanewise(in, kernelOf(plan, opt), pre);

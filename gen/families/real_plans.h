@@ -16,7 +16,4 @@ std::string realInversePlanText(int n);
 std::shared_ptr<Plan> realForwardPlan(int n);
 std::shared_ptr<Plan> realInversePlan(int n);
 
-// Whether a plan holds a Rader block.
-bool holdsRader(const Plan& plan);
-
 }  // namespace gen

@@ -29,9 +29,21 @@ Nodes splitRadix(Arithmetic& g, const Nodes& x, const DftOptions& opt);
 // values came from.
 Multipliers composePre(const Multipliers& pre, std::function<std::pair<int, int>(int, int)> origin);
 
-// Joins of two factors.
-Batch cooleyTukey(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre);
-Batch goodThomas(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre);
+// Joins of two factors, Cooley-Tukey or Good-Thomas.  The first stage runs
+// the first factor and leaves the rows of the second: one row per
+// first-stage bin of each signal, the bins of a real signal only up to the
+// middle, since the others are conjugates.
+struct JoinStage {
+    Batch rows;
+    std::vector<std::pair<int, int>> origin;  // (signal, first-stage bin) of each row
+};
+JoinStage firstStage(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt,
+                     const Multipliers& pre);
+// Where output k2 of the row of first-stage bin `bin` lands, and the twiddle
+// of element c of that row (1 in a Good-Thomas join).
+int joinedBin(const Plan& plan, int bin, int k2);
+Complex joinTwiddle(const Plan& plan, const DftOptions& opt, int bin, int c);
+Batch join(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre);
 Batch inLane(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre);
 
 // Prime forms.

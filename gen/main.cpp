@@ -13,6 +13,7 @@
 #include <string>
 
 #include "families/complex_dft.h"
+#include "families/hartley.h"
 #include "families/real_dft.h"
 #include "exports.h"
 #include "output.h"
@@ -37,10 +38,11 @@ int main(int argc, char** argv) {
                   "\tdouble_additions\twidenings\tnarrowings\n";
         gen::writeComplexDft(out, shards, counts);
         gen::writeRealDft(out, shards, counts);
+        gen::writeHartley(out, shards, counts);
         out.write("opcounts.tsv", counts.str());
         gen::writeWalshHadamard(out, shards);
-        gen::writeExports(out, {gen::Family::ComplexDft, gen::Family::RealDft, gen::Family::WalshHadamard,
-                                gen::Family::Version});
+        gen::writeExports(out, {gen::Family::ComplexDft, gen::Family::RealDft, gen::Family::Hartley,
+                                gen::Family::WalshHadamard, gen::Family::Version});
     } catch (const std::exception& e) {
         std::cerr << "tvkgen-codegen: " << e.what() << '\n';
         return 1;

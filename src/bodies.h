@@ -26,6 +26,12 @@ TVKGEN_DFT_LENGTHS(TVK_DECLARE_REAL_BODIES)
 #undef TVK_DECLARE_REAL_BODIES
 #undef TVK_DECLARE_REAL_BODIES_OF
 
+#define TVK_DECLARE_HARTLEY_BODIES(N)                                                                      \
+    TVK_INTERNAL tvkStatus u8_tvkgHartley_##N##_32f(const tvk32f* src, tvk32f* dst, int32_t flag); \
+    TVK_INTERNAL tvkStatus u8_tvkgHartley_##N##_64f(const tvk64f* src, tvk64f* dst, int32_t flag);
+TVKGEN_DFT_LENGTHS(TVK_DECLARE_HARTLEY_BODIES)
+#undef TVK_DECLARE_HARTLEY_BODIES
+
 #define TVK_DECLARE_WHT_BODIES(M)                                                                             \
     TVK_INTERNAL tvkStatus u8_tvkgWHT_##M##_32f(const tvk32f* src, tvk32f* dst, int32_t flag, uint8_t* buffer); \
     TVK_INTERNAL tvkStatus u8_tvkgWHT_##M##_64f(const tvk64f* src, tvk64f* dst, int32_t flag, uint8_t* buffer);

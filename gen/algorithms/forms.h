@@ -23,6 +23,23 @@ Nodes dft3(Arithmetic& g, const Nodes& x, const DftOptions& opt);
 Nodes dft4(Arithmetic& g, const Nodes& x, const DftOptions& opt);
 Nodes dft5(Arithmetic& g, const Nodes& x, const DftOptions& opt, bool w);
 Nodes direct(Arithmetic& g, const Nodes& x, const DftOptions& opt);
+// Form D, direct pairing of x[j] with x[p-j]: X[k] = E + O and X[p-k] =
+// E - O for k = 1..(p-1)/2, with E the cosine sum with x[0] and O the sine
+// sum times +-i, each product formed on its own (signs folded into the
+// additions) and each sum narrowed at its end.
+class DirectForm {
+public:
+    DirectForm(Arithmetic& g, const Nodes& x, const DftOptions& opt);
+    int X0() const { return X0_; }
+    std::pair<int, int> chains(int k);  // E and O
+
+private:
+    Arithmetic& g_;
+    const Nodes& x_;
+    int sign_, p_;
+    Nodes a_, d_;  // pair sums and differences, index j = 1..(p-1)/2
+    int X0_;
+};
 Nodes splitRadix(Arithmetic& g, const Nodes& x, const DftOptions& opt);
 
 // Multipliers of a sub-batch: pre of the (signal, element) that each of its

@@ -102,7 +102,8 @@ const Row& rowOf(int n) {
 // The q-point plans of the Rader forms.  A forward Rader block transforms
 // its permuted samples by the first column, passes in the order given; an
 // inverse one ends in a q-point inverse, so its network holds that plan
-// reversed (second column), as the inverse lengths do.
+// reversed (second column), as the inverse lengths do.  The real DFT has no
+// forward 11-point Rader block; the Hartley transform has.
 struct RaderRow {
     const char* samples;
     const char* network;
@@ -110,7 +111,7 @@ struct RaderRow {
 
 const std::map<int, RaderRow>& raderTable() {
     static const std::map<int, RaderRow> rows = {
-        {11, {nullptr, "5dx2"}},
+        {11, {"5dx2", "5dx2"}},
         {13, {"3dx4", "4x3d"}},
         {17, {"4.4", "4.4"}},
         {19, {"(3d.3d)x2", "(3d.3d)x2"}},
@@ -146,9 +147,7 @@ void resolveRader(Plan& plan, Role role) {
     }
     const int p = plan.n, q = p - 1, h = q / 2;
     const RaderRow& row = raderTable().at(p);
-    const char* samples = role == Role::Forward ? row.samples : row.network;
-    if (!samples) throw std::logic_error("no forward Rader form of " + std::to_string(p));
-    plan.first = parse(samples, role);
+    plan.first = parse(role == Role::Forward ? row.samples : row.network, role);
     const Role blocks = role == Role::Forward ? Role::Network : Role::Forward;
     auto blockPlan = [&](int n) { return parse(blocks == Role::Network ? rowOf(n).inverse : rowOf(n).forward, blocks); };
     plan.second = blockPlan(h);
@@ -167,5 +166,6 @@ std::string realForwardPlanText(int n) { return rowOf(n).forward; }
 std::string realInversePlanText(int n) { return rowOf(n).inverse; }
 std::shared_ptr<Plan> realForwardPlan(int n) { return parse(realForwardPlanText(n), Role::Forward); }
 std::shared_ptr<Plan> realInversePlan(int n) { return parse(realInversePlanText(n), Role::Network); }
+std::shared_ptr<Plan> realPlan(const std::string& text) { return parse(text, Role::Forward); }
 
 }  // namespace gen

@@ -1,0 +1,195 @@
+// How far past the end of the source each Codelet reads today, measured and
+// printed.  With hardware watchpoints on the 32 bytes behind the source,
+// where the system allows them, the measure is exact to 8 bytes on both
+// paths.  Otherwise it is taken against a guard page: exact on the unaligned
+// path (the source can end at any byte before the guard), and to within its
+// 16-byte block on the aligned path (the source must start on a 16-byte
+// boundary, so a page boundary never falls inside that block).  The contract reserves 8 bytes behind the source of
+// tvk32fc lengths 9, 25, 27, 45, 47, 49 and 59, and 16 bytes (8 on the
+// unaligned path) behind 18, 50, 54 and 60; no other Codelet may read past
+// its source.
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "dft_support.h"
+#include "memory_probes.h"
+
+using namespace tvktest;
+
+namespace {
+
+constexpr size_t kMaxProbe = 48;  // bytes past the end tried
+
+// The bytes behind the source that a Codelet may read: the contract's allowance.
+size_t allowance(bool single, bool complex, int n, bool alignedPath) {
+    if (!single || !complex) return 0;
+    switch (n) {
+        case 9: case 25: case 27: case 45: case 47: case 49: case 59: return 8;
+        case 18: case 50: case 54: case 60: return alignedPath ? 16 : 8;
+        default: return 0;
+    }
+}
+
+// The reads past the end of a source of `bytes` bytes that call(src, dst)
+// makes on one path: more than `above` and at most `atMost` bytes.
+struct Reach {
+    long above = -1;
+    size_t atMost = 0;
+    bool found = false;
+    bool exact = false;  // atMost is the reach itself, not only a bound
+};
+
+unsigned char* aligned16(std::vector<unsigned char>& storage) {
+    return storage.data() + (-reinterpret_cast<uintptr_t>(storage.data()) & 15);
+}
+
+// Bytes past the end that call(src, dst) touches, to 8 bytes, by watchpoints
+// on the four 8-byte slots behind the source; none where they can't be set.
+// A source that starts 8 bytes past a 16-byte boundary selects the
+// unaligned path.
+template <class Call>
+std::optional<Reach> watched(size_t bytes, size_t dstBytes, bool alignedPath, Call call) {
+    std::vector<unsigned char> srcStorage(bytes + 8 * ReadWatch::kSlots + 32), dstStorage(dstBytes + 32);
+    unsigned char* src = aligned16(srcStorage) + (alignedPath ? 0 : 8);
+    unsigned char* dst = aligned16(dstStorage);
+    ReadWatch watch(src + bytes);
+    if (!watch.ok()) return std::nullopt;
+    const auto hits = watch.count([&] { call(src, dst); });
+    Reach reach;
+    reach.found = reach.exact = true;
+    for (int slot = 0; slot < ReadWatch::kSlots; ++slot)
+        if (hits[slot] != 0) {
+            reach.above = 8 * slot;
+            reach.atMost = 8 * (slot + 1);
+        }
+    if (reach.atMost == 0) reach.above = -1;
+    return reach;
+}
+
+// The same against a guard page.
+template <class Call>
+Reach guarded(size_t bytes, size_t dstBytes, bool alignedPath, Call call) {
+    GuardedPage page(bytes + kMaxProbe);
+    EXPECT_TRUE(page.ok());
+    std::vector<unsigned char> dstStorage(dstBytes + 32);
+    unsigned char* dst = dstStorage.data() + (-reinterpret_cast<uintptr_t>(dstStorage.data()) & 15) +
+                         (alignedPath ? 0 : 4);  // a misaligned destination selects the unaligned path
+    Reach reach;
+    for (size_t past = 0; past <= kMaxProbe && page.ok(); ++past) {
+        unsigned char* src = page.guard() - past - bytes;
+        if (alignedPath && reinterpret_cast<uintptr_t>(src) % 16 != 0) continue;
+        std::fill(src, page.guard(), 0);
+        if (runsWithoutFault([&] { call(src, dst); })) {
+            reach.atMost = past;
+            reach.found = true;
+            return reach;
+        }
+        reach.above = static_cast<long>(past);
+    }
+    return reach;
+}
+
+std::string describe(const Reach& r) {
+    if (!r.found) return "more than " + std::to_string(kMaxProbe);
+    if (r.atMost == 0) return "0";
+    if (r.above + 1 == static_cast<long>(r.atMost) || r.above + 8 == static_cast<long>(r.atMost))
+        return std::to_string(r.atMost);
+    return std::to_string(r.above + 1) + " to " + std::to_string(r.atMost);
+}
+
+// Measures one Codelet on both paths, checks the contract and adds a line
+// to `report` if it reads past its source at all.
+template <class Call>
+void measureCodelet(const std::string& name, bool single, bool complex, int n, size_t bytes, size_t dstBytes,
+                    Call call, std::string& report) {
+    const auto watchedUnaligned = watched(bytes, dstBytes, false, call);
+    const auto watchedAligned = watched(bytes, dstBytes, true, call);
+    const Reach unaligned = watchedUnaligned ? *watchedUnaligned : guarded(bytes, dstBytes, false, call);
+    const Reach aligned = watchedAligned ? *watchedAligned : guarded(bytes, dstBytes, true, call);
+    ASSERT_TRUE(unaligned.found && aligned.found) << name << " reads more than " << kMaxProbe << " bytes past";
+    EXPECT_LE(unaligned.atMost, allowance(single, complex, n, false)) << name << ", unaligned path";
+    // Against a guard page the aligned source can only end at 16-byte steps
+    // from the guard, so what is checked there is that the allowance suffices.
+    if (aligned.exact)
+        EXPECT_LE(aligned.atMost, allowance(single, complex, n, true)) << name << ", aligned path";
+    else
+        EXPECT_LT(aligned.above, static_cast<long>(allowance(single, complex, n, true))) << name << ", aligned path";
+    if (unaligned.atMost || aligned.atMost)
+        report += "  " + name + ": unaligned path " + describe(unaligned) + ", aligned path " + describe(aligned) +
+                  " bytes\n";
+}
+
+void printReport(const char* what, const std::string& report) {
+    const bool exact = ReadWatch::available();
+    std::printf("%s, bytes read past the end of the source (%s):\n%s", what,
+                exact ? "by watchpoints, to 8 bytes" : "against a guard page", report.empty() ? "  none\n" : report.c_str());
+}
+
+// The probes themselves: a call that reads byte 17 behind its source is seen
+// to read 18 bytes (guard page, unaligned) or 24 (watchpoints, 8-byte slots).
+TEST(ReadsPastSource, ProbesSeeADeliberateRead) {
+    const auto readsByte17 = [](const unsigned char* s, unsigned char* d) {
+        *d = *static_cast<const volatile unsigned char*>(s + 64 + 17);
+    };
+    const Reach byPage = guarded(64, 16, false, readsByte17);
+    EXPECT_TRUE(byPage.found);
+    EXPECT_EQ(byPage.atMost, 18u);
+    EXPECT_EQ(byPage.above, 17);
+    if (const auto byWatch = watched(64, 16, false, readsByte17)) {
+        EXPECT_EQ(byWatch->atMost, 24u);
+        EXPECT_EQ(byWatch->above, 16);
+    }
+}
+
+TEST(ReadsPastSource, ComplexDftAsMeasured) {
+    for (Prec prec : {Prec::F32, Prec::F64}) {
+        withType(prec, [&]<class C>() {
+            for (Dir dir : kDirs) {
+                std::string report;
+                for (int n = kMinLen; n <= kMaxLen; ++n) {
+                    const auto fn = codelet<C>(dir, n);
+                    const std::string name = std::string(dir == Dir::Fwd ? "tvkgDFTFwd" : "tvkgDFTInv") + "_CToC_" +
+                                             std::to_string(n) + (prec == Prec::F32 ? "_32fc" : "_64fc");
+                    measureCodelet(name, prec == Prec::F32, true, n, sizeof(C) * n, sizeof(C) * n,
+                                   [&](const unsigned char* s, unsigned char* d) {
+                                       fn(reinterpret_cast<const C*>(s), reinterpret_cast<C*>(d), ScaleNoDiv);
+                                   },
+                                   report);
+                }
+                printReport((std::string(prec == Prec::F32 ? "tvk32fc " : "tvk64fc ") + dirName(dir)).c_str(), report);
+            }
+        });
+    }
+}
+
+TEST(ReadsPastSource, WalshHadamardNever) {
+#define TVKTEST_WHT_ROW_32F(M) tvkgWHT_##M##_32f,
+#define TVKTEST_WHT_ROW_64F(M) tvkgWHT_##M##_64f,
+    const tvkWHTCodelet_32f codelets32f[] = {TVKGEN_WHT_ORDERS(TVKTEST_WHT_ROW_32F)};
+    const tvkWHTCodelet_64f codelets64f[] = {TVKGEN_WHT_ORDERS(TVKTEST_WHT_ROW_64F)};
+#undef TVKTEST_WHT_ROW_32F
+#undef TVKTEST_WHT_ROW_64F
+    std::string report;
+    for (int order = 1; order <= 13; ++order) {
+        const size_t n = size_t{1} << order;
+        // A null buffer: the call allocates its own, so that a probe that
+        // faults loses at most one block, not a buffer it was reading.
+        measureCodelet("tvkgWHT_" + std::to_string(order) + "_32f", true, false, static_cast<int>(n), 4 * n, 4 * n,
+                       [&](const unsigned char* s, unsigned char* d) {
+                           codelets32f[order - 1](reinterpret_cast<const float*>(s), reinterpret_cast<float*>(d),
+                                                  ScaleNoDiv, nullptr);
+                       },
+                       report);
+        measureCodelet("tvkgWHT_" + std::to_string(order) + "_64f", false, false, static_cast<int>(n), 8 * n, 8 * n,
+                       [&](const unsigned char* s, unsigned char* d) {
+                           codelets64f[order - 1](reinterpret_cast<const double*>(s), reinterpret_cast<double*>(d),
+                                                  ScaleNoDiv, nullptr);
+                       },
+                       report);
+    }
+    printReport("Walsh-Hadamard", report);
+}
+
+}  // namespace

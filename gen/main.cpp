@@ -9,13 +9,15 @@
 // DIR/opcounts.tsv         real operation counts of every Codelet
 #include <cstdlib>
 #include <iostream>
+#include <set>
 #include <sstream>
 #include <string>
 
-#include "dft_codelets.h"
+#include "families/complex_dft.h"
+#include "families/real_dft.h"
 #include "exports.h"
 #include "output.h"
-#include "wht.h"
+#include "families/wht.h"
 
 int main(int argc, char** argv) {
     std::string dir;
@@ -32,11 +34,21 @@ int main(int argc, char** argv) {
     try {
         gen::Output out(dir);
         std::ostringstream counts;
-        counts << "codelet\tplan\tadditions\tmultiplications\tcomplex_products\n";
+        counts << "codelet\tplan\tadditions\tmultiplications\tcomplex_products\tdouble_multiplications"
+                  "\tdouble_additions\twidenings\tnarrowings\n";
         gen::writeComplexDft(out, shards, counts);
+        const std::set<std::string> real = gen::writeRealDft(out, shards, counts);
         out.write("opcounts.tsv", counts.str());
         gen::writeWalshHadamard(out, shards);
-        gen::writeExports(out, {gen::Family::ComplexDft, gen::Family::WalshHadamard, gen::Family::Version});
+        gen::writeExports(out, [&](const gen::Export& e) {
+            switch (e.family) {
+                case gen::Family::ComplexDft:
+                case gen::Family::WalshHadamard:
+                case gen::Family::Version: return true;
+                case gen::Family::RealDft: return real.count(e.name) > 0;
+                default: return false;
+            }
+        });
     } catch (const std::exception& e) {
         std::cerr << "tvkgen-codegen: " << e.what() << '\n';
         return 1;

@@ -1,13 +1,14 @@
-// How far past the end of the source each Codelet reads today, measured and
-// printed.  With hardware watchpoints on the 32 bytes behind the source,
-// where the system allows them, the measure is exact to 8 bytes on both
-// paths.  Otherwise it is taken against a guard page: exact on the unaligned
-// path (the source can end at any byte before the guard), and to within its
-// 16-byte block on the aligned path (the source must start on a 16-byte
-// boundary, so a page boundary never falls inside that block).  The contract reserves 8 bytes behind the source of
-// tvk32fc lengths 9, 25, 27, 45, 47, 49 and 59, and 16 bytes (8 on the
-// unaligned path) behind 18, 50, 54 and 60; no other Codelet may read past
-// its source.
+// How far past the end of the source each Codelet of the complex DFT, the
+// real DFT and Walsh-Hadamard reads today, measured and printed.  With
+// hardware watchpoints on the 32 bytes behind the source, where the system
+// allows them, the measure is exact to 8 bytes on both paths.  Otherwise it
+// is taken against a guard page: exact on the unaligned path (the source can
+// end at any byte before the guard), and to within its 16-byte block on the
+// aligned path (the source must start on a 16-byte boundary, so a page
+// boundary never falls inside that block).  The contract reserves 8 bytes
+// behind the source of tvk32fc lengths 9, 25, 27, 45, 47, 49 and 59, and 16
+// bytes (8 on the unaligned path) behind 18, 50, 54 and 60; no other Codelet
+// may read past its source.
 #include <cstdio>
 #include <optional>
 #include <string>
@@ -47,12 +48,14 @@ unsigned char* aligned16(std::vector<unsigned char>& storage) {
 
 // Bytes past the end that call(src, dst) touches, to 8 bytes, by watchpoints
 // on the four 8-byte slots behind the source; none where they can't be set.
-// A source that starts 8 bytes past a 16-byte boundary selects the
-// unaligned path.
+// A source that starts off a 16-byte boundary selects the unaligned path.
 template <class Call>
 std::optional<Reach> watched(size_t bytes, size_t dstBytes, bool alignedPath, Call call) {
     std::vector<unsigned char> srcStorage(bytes + 8 * ReadWatch::kSlots + 32), dstStorage(dstBytes + 32);
-    unsigned char* src = aligned16(srcStorage) + (alignedPath ? 0 : 8);
+    // The slots start at the end of the source, on a multiple of 8: a source
+    // of 8k + 4 bytes starts 4 bytes past a boundary, on the unaligned path.
+    if (alignedPath && bytes % 8 != 0) return std::nullopt;
+    unsigned char* src = aligned16(srcStorage) + (alignedPath ? 0 : bytes % 8 ? 4 : 8);
     unsigned char* dst = aligned16(dstStorage);
     ReadWatch watch(src + bytes);
     if (!watch.ok()) return std::nullopt;
@@ -99,17 +102,24 @@ std::string describe(const Reach& r) {
     return std::to_string(r.above + 1) + " to " + std::to_string(r.atMost);
 }
 
-// Measures one Codelet on both paths, checks the contract and adds a line
-// to `report` if it reads past its source at all.
+// Measures one Codelet, checks the contract and adds a line to `report` if
+// it reads past its source at all.  A two-path Codelet is measured on each
+// path; a single-path one (the scalar real DFT bodies) once, since alignment
+// selects nothing there.
 template <class Call>
 void measureCodelet(const std::string& name, bool single, bool complex, int n, size_t bytes, size_t dstBytes,
-                    Call call, std::string& report) {
+                    Call call, std::string& report, bool twoPaths = true) {
     const auto watchedUnaligned = watched(bytes, dstBytes, false, call);
-    const auto watchedAligned = watched(bytes, dstBytes, true, call);
     const Reach unaligned = watchedUnaligned ? *watchedUnaligned : guarded(bytes, dstBytes, false, call);
-    const Reach aligned = watchedAligned ? *watchedAligned : guarded(bytes, dstBytes, true, call);
-    ASSERT_TRUE(unaligned.found && aligned.found) << name << " reads more than " << kMaxProbe << " bytes past";
+    ASSERT_TRUE(unaligned.found) << name << " reads more than " << kMaxProbe << " bytes past";
     EXPECT_LE(unaligned.atMost, allowance(single, complex, n, false)) << name << ", unaligned path";
+    if (!twoPaths) {
+        if (unaligned.atMost) report += "  " + name + ": " + describe(unaligned) + " bytes\n";
+        return;
+    }
+    const auto watchedAligned = watched(bytes, dstBytes, true, call);
+    const Reach aligned = watchedAligned ? *watchedAligned : guarded(bytes, dstBytes, true, call);
+    ASSERT_TRUE(aligned.found) << name << " reads more than " << kMaxProbe << " bytes past";
     // Against a guard page the aligned source can only end at 16-byte steps
     // from the guard, so what is checked there is that the allowance suffices.
     if (aligned.exact)
@@ -162,6 +172,45 @@ TEST(ReadsPastSource, ComplexDftAsMeasured) {
             }
         });
     }
+}
+
+// The real DFT through its switches (a length not built yet fails with
+// StatusSize and reads nothing).  A forward reads N reals; an inverse reads
+// N, except from CCS, whose last element read is element N.
+template <class T>
+void realDftNever(std::string& report) {
+    using Switch = tvkStatus (*)(const T*, T*, int32_t, int32_t);
+    constexpr bool single = std::is_same_v<T, float>;
+    struct Form {
+        const char* name;
+        Switch fn;
+        bool ccsInverse;
+    };
+    const Form forms[] = {
+        {"RToCCS", single ? (Switch)tvkgDFTFwd_RToCCS_32f : (Switch)tvkgDFTFwd_RToCCS_64f, false},
+        {"RToPack", single ? (Switch)tvkgDFTFwd_RToPack_32f : (Switch)tvkgDFTFwd_RToPack_64f, false},
+        {"RToPerm", single ? (Switch)tvkgDFTFwd_RToPerm_32f : (Switch)tvkgDFTFwd_RToPerm_64f, false},
+        {"CCSToR", single ? (Switch)tvkgDFTInv_CCSToR_32f : (Switch)tvkgDFTInv_CCSToR_64f, true},
+        {"PackToR", single ? (Switch)tvkgDFTInv_PackToR_32f : (Switch)tvkgDFTInv_PackToR_64f, false},
+        {"PermToR", single ? (Switch)tvkgDFTInv_PermToR_32f : (Switch)tvkgDFTInv_PermToR_64f, false},
+    };
+    for (const Form& form : forms)
+        for (int n = kMinLen; n <= kMaxLen; ++n) {
+            const size_t reals = form.ccsInverse ? n + 1 : n;
+            measureCodelet(std::string("tvkgDFT") + form.name + "_" + std::to_string(n) + (single ? "_32f" : "_64f"),
+                           single, false, n, sizeof(T) * reals, sizeof(T) * (n + 2),
+                           [&](const unsigned char* s, unsigned char* d) {
+                               form.fn(reinterpret_cast<const T*>(s), reinterpret_cast<T*>(d), n, ScaleNoDiv);
+                           },
+                           report, /*twoPaths=*/false);
+        }
+}
+
+TEST(ReadsPastSource, RealDftNever) {
+    std::string report;
+    realDftNever<float>(report);
+    realDftNever<double>(report);
+    printReport("real DFT", report);
 }
 
 TEST(ReadsPastSource, WalshHadamardNever) {

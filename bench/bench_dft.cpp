@@ -1,7 +1,7 @@
 // Complex DFT Codelets of libtvkgenu8 against FFTW, every length 2 to 64, both
 // element types, both directions.
 //
-//   tvkgen-bench-dft [--quick] [Google Benchmark flags]
+//   tvkgen-bench-dft [--quick] [--opcounts=FILE] [Google Benchmark flags]
 //
 // Each case times ours and FFTW on the same 16-byte aligned arrays (from
 // fftw_malloc) holding the same random signal, out of place.  Ours is called
@@ -14,20 +14,18 @@
 #include <fftw3.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <map>
 #include <memory>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include <unistd.h>
 
+#include "bench_support.h"
 #include "tvkgen.h"
 
 namespace {
@@ -203,48 +201,6 @@ private:
     bool echo_;
 };
 
-// ---- the lower bound of 128-bit code ------------------------------------------
-
-// The clock the core really runs at, in GHz: a chain of dependent integer
-// additions takes one cycle each.  /proc/cpuinfo reports the nominal clock,
-// which boosting cores exceed.
-double measuredClockGHz() {
-    constexpr long kRounds = 50'000'000;
-    double best = 0;
-    for (int trial = 0; trial < 3; ++trial) {
-        long chain = 0;
-        const auto start = std::chrono::steady_clock::now();
-        for (long i = 0; i < kRounds; ++i)
-            asm volatile("add $1, %0\n\tadd $1, %0\n\tadd $1, %0\n\tadd $1, %0\n\t"
-                         "add $1, %0\n\tadd $1, %0\n\tadd $1, %0\n\tadd $1, %0"
-                         : "+r"(chain));
-        const double ns = std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count();
-        best = std::max(best, 8.0 * kRounds / ns);
-    }
-    return best;
-}
-
-struct OpCounts {
-    long additions = 0, multiplications = 0;
-};
-
-// Real additions and multiplications of each Codelet, by name, from the
-// generator's opcounts.tsv (codelet, plan, additions, multiplications).
-std::map<std::string, OpCounts> readOpCounts(const char* path) {
-    std::map<std::string, OpCounts> ops;
-    std::ifstream file(path);
-    std::string line;
-    std::getline(file, line);  // header
-    while (std::getline(file, line)) {
-        std::istringstream fields(line);
-        std::string codelet, plan;
-        OpCounts c;
-        if (std::getline(fields, codelet, '\t') && std::getline(fields, plan, '\t') && fields >> c.additions >> c.multiplications)
-            ops[codelet] = c;
-    }
-    return ops;
-}
-
 std::string codeletName(const Key& key) {
     return std::string(key.direction == "fwd" ? "tvkgDFTFwd_CToC_" : "tvkgDFTInv_CToC_") + std::to_string(key.length) +
            "_" + key.type.substr(3);
@@ -257,19 +213,17 @@ double median(std::vector<double> values) {
     return values.size() % 2 ? values[mid] : (values[mid - 1] + values[mid]) / 2;
 }
 
-void printTable(const std::map<Key, Timing>& timings) {
-    const auto ops = readOpCounts(TVKGEN_OPCOUNTS_PATH);
+void printTable(const std::map<Key, Timing>& timings, const std::string& countsPath) {
+    const auto ops = tvkbench::readOpCounts(countsPath);
     const bool withBound = !ops.empty();
-    const double ghz = withBound ? measuredClockGHz() : 0;
-    if (withBound)
-        std::printf("\nbound = max(additions, multiplications) / (lanes x 2 per cycle) / %.3f GHz\n"
-                    "        128-bit vectors (lanes 4 for tvk32fc, 2 for tvk64fc) on two addition and two\n"
-                    "        multiplication pipes, at the clock measured by a chain of dependent additions;\n"
-                    "        operation counts from %s.  No SSE body can run below it on this core,\n"
-                    "        so a case where FFTW does (with wider vectors) is out of reach for 128-bit code.\n",
-                    ghz, TVKGEN_OPCOUNTS_PATH);
-    else
-        std::printf("\n(no bound column: cannot read %s)\n", TVKGEN_OPCOUNTS_PATH);
+    const double ghz = withBound ? tvkbench::measuredClockGHz() : 0;
+    if (withBound) {
+        tvkbench::printBoundNote(ghz, countsPath);
+        std::printf("        Lanes: 4 for tvk32fc, 2 for tvk64fc.  A case where FFTW runs below the bound\n"
+                    "        (with wider vectors) is out of reach for 128-bit code.\n");
+    } else {
+        std::printf("\n(no bound column: cannot read %s)\n", countsPath.c_str());
+    }
 
     std::printf("\n| length | type | dir | ours ns | FFTW ns | ours/FFTW |%s\n", withBound ? " bound ns | ours/bound |" : "");
     std::printf("|---:|---|---|---:|---:|---:|%s\n", withBound ? "---:|---:|" : "");
@@ -284,7 +238,7 @@ void printTable(const std::map<Key, Timing>& timings) {
             const auto it = ops.find(codeletName(key));
             const int lanes = key.type == Types<tvk32fc>::name ? Types<tvk32fc>::lanes : Types<tvk64fc>::lanes;
             if (it != ops.end()) {
-                const double bound = std::max(it->second.additions, it->second.multiplications) / (lanes * 2.0) / ghz;
+                const double bound = tvkbench::boundNs(it->second, lanes, ghz);
                 fftwBelowBound += t.fftw < bound;
                 overBound[key.type].push_back(t.ours / bound);
                 std::printf(" %.2f | %.2f |", bound, t.ours / bound);
@@ -333,6 +287,7 @@ void registerCases(const CodeletRow<Complex> (&rows)[Count], double minTime, std
 }  // namespace
 
 int main(int argc, char** argv) {
+    const std::string countsPath = tvkbench::takeOpCountsPath(argc, argv);
     // --quick: every case, but a short minimum time per run; for run.sh.
     bool quick = false;
     std::vector<char*> args;
@@ -364,6 +319,6 @@ int main(int argc, char** argv) {
         if (ours == reporter.cpuNs.end() && fftw == reporter.cpuNs.end()) continue;  // filtered out
         timings[key] = {ours == reporter.cpuNs.end() ? NAN : ours->second, fftw == reporter.cpuNs.end() ? NAN : fftw->second};
     }
-    printTable(timings);
+    printTable(timings, countsPath);
     return mismatches == 0 && reporter.errors == 0 ? 0 : 1;
 }

@@ -12,10 +12,12 @@
 #include <sstream>
 #include <string>
 
-#include "dft_codelets.h"
+#include "families/complex_dft.h"
+#include "families/hartley.h"
+#include "families/real_dft.h"
 #include "exports.h"
 #include "output.h"
-#include "wht.h"
+#include "families/wht.h"
 
 int main(int argc, char** argv) {
     std::string dir;
@@ -32,12 +34,15 @@ int main(int argc, char** argv) {
     try {
         gen::Output out(dir);
         std::ostringstream counts;
-        counts << "codelet\tplan\tadditions\tmultiplications\tcomplex_products\n";
+        counts << "codelet\tplan\tadditions\tmultiplications\tcomplex_products\tdouble_multiplications"
+                  "\tdouble_additions\twidenings\tnarrowings\n";
         gen::writeComplexDft(out, shards, counts);
+        gen::writeRealDft(out, shards, counts);
+        gen::writeHartley(out, shards, counts);
         out.write("opcounts.tsv", counts.str());
         gen::writeWalshHadamard(out, shards);
-        gen::writeExports(out, {gen::Family::ComplexDft, gen::Family::WalshHadamard, gen::Family::Dct4,
-                                gen::Family::Version});
+        gen::writeExports(out, {gen::Family::ComplexDft, gen::Family::RealDft, gen::Family::Hartley,
+                                gen::Family::WalshHadamard, gen::Family::Dct4, gen::Family::Version});
     } catch (const std::exception& e) {
         std::cerr << "tvkgen-codegen: " << e.what() << '\n';
         return 1;

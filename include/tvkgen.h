@@ -106,6 +106,65 @@ tvkStatus tvkgDFTFwd_CToC_64fc(const tvk64fc* src, tvk64fc* dst, int32_t len, in
 tvkStatus tvkgDFTInv_CToC_32fc(const tvk32fc* src, tvk32fc* dst, int32_t len, int32_t flag);
 tvkStatus tvkgDFTInv_CToC_64fc(const tvk64fc* src, tvk64fc* dst, int32_t len, int32_t flag);
 
+/* ---- real DFT, lengths 2 to 64: packed spectra in three layouts -----------------
+ * forward:  X[k] = s * sum_n x[n] * exp(-2*pi*i*n*k/N), bins 0 to N/2 stored;
+ * inverse:  x[n] = s * sum_k c[k] * (Re X[k] cos(2*pi*n*k/N) - Im X[k] sin(2*pi*n*k/N))
+ *           over k = 0..N/2, with c[k] = 1 for bin 0 and (N even) bin N/2, 2 otherwise.
+ * Layouts of the N/2 + 1 bins (Rk = Re X[k], Ik = Im X[k], K = (N-1)/2):
+ *   CCS   R0, 0, R1, I1, ..., RK, IK [, R(N/2), 0]   N + 2 (even N) or N + 1 elements
+ *   Pack  R0, R1, I1, ..., RK, IK [, R(N/2)]         N elements
+ *   Perm  R0 [, R(N/2)], R1, I1, ..., RK, IK         N elements (= Pack for odd N)
+ * The zeros of CCS are stored as +0 whatever the input; the CCS inverse never
+ * reads them.  Scalar bodies: any alignment, src may equal dst (for CCS the
+ * destination of the forward has the layout's length), nothing is read
+ * past the source.
+ */
+typedef tvkStatus (*tvkRealCodelet_32f)(const tvk32f* src, tvk32f* dst, int32_t flag);
+typedef tvkStatus (*tvkRealCodelet_64f)(const tvk64f* src, tvk64f* dst, int32_t flag);
+
+#define TVKGEN_DECLARE_REAL_CODELETS_OF(N, T)                                         \
+    tvkStatus tvkgDFTFwd_RToCCS_##N##_##T(const tvk##T* src, tvk##T* dst, int32_t flag);  \
+    tvkStatus tvkgDFTFwd_RToPack_##N##_##T(const tvk##T* src, tvk##T* dst, int32_t flag); \
+    tvkStatus tvkgDFTFwd_RToPerm_##N##_##T(const tvk##T* src, tvk##T* dst, int32_t flag); \
+    tvkStatus tvkgDFTInv_CCSToR_##N##_##T(const tvk##T* src, tvk##T* dst, int32_t flag);  \
+    tvkStatus tvkgDFTInv_PackToR_##N##_##T(const tvk##T* src, tvk##T* dst, int32_t flag); \
+    tvkStatus tvkgDFTInv_PermToR_##N##_##T(const tvk##T* src, tvk##T* dst, int32_t flag);
+#define TVKGEN_DECLARE_REAL_CODELETS(N) TVKGEN_DECLARE_REAL_CODELETS_OF(N, 32f) TVKGEN_DECLARE_REAL_CODELETS_OF(N, 64f)
+TVKGEN_DFT_LENGTHS(TVKGEN_DECLARE_REAL_CODELETS)
+#undef TVKGEN_DECLARE_REAL_CODELETS
+#undef TVKGEN_DECLARE_REAL_CODELETS_OF
+
+/* Length switches: len outside 2..64 gives StatusSize before anything else is looked at. */
+#define TVKGEN_DECLARE_REAL_SWITCHES(T)                                                         \
+    tvkStatus tvkgDFTFwd_RToCCS_##T(const tvk##T* src, tvk##T* dst, int32_t len, int32_t flag);  \
+    tvkStatus tvkgDFTFwd_RToPack_##T(const tvk##T* src, tvk##T* dst, int32_t len, int32_t flag); \
+    tvkStatus tvkgDFTFwd_RToPerm_##T(const tvk##T* src, tvk##T* dst, int32_t len, int32_t flag); \
+    tvkStatus tvkgDFTInv_CCSToR_##T(const tvk##T* src, tvk##T* dst, int32_t len, int32_t flag);  \
+    tvkStatus tvkgDFTInv_PackToR_##T(const tvk##T* src, tvk##T* dst, int32_t len, int32_t flag); \
+    tvkStatus tvkgDFTInv_PermToR_##T(const tvk##T* src, tvk##T* dst, int32_t len, int32_t flag);
+TVKGEN_DECLARE_REAL_SWITCHES(32f)
+TVKGEN_DECLARE_REAL_SWITCHES(64f)
+#undef TVKGEN_DECLARE_REAL_SWITCHES
+
+/* ---- discrete Hartley transform, lengths 2 to 64 ---------------------------------
+ * y[k] = s * sum_n x[n] * cas(2*pi*n*k/N), cas(t) = cos(t) + sin(t), natural
+ * order; its own inverse up to N, so ScaleDivFwdByN and ScaleDivInvByN both
+ * divide by N.  Scalar bodies: any alignment, src may equal dst, nothing is
+ * read past the source.
+ */
+typedef tvkStatus (*tvkHartleyCodelet_32f)(const tvk32f* src, tvk32f* dst, int32_t flag);
+typedef tvkStatus (*tvkHartleyCodelet_64f)(const tvk64f* src, tvk64f* dst, int32_t flag);
+
+#define TVKGEN_DECLARE_HARTLEY_CODELETS(N)                                         \
+    tvkStatus tvkgHartley_##N##_32f(const tvk32f* src, tvk32f* dst, int32_t flag); \
+    tvkStatus tvkgHartley_##N##_64f(const tvk64f* src, tvk64f* dst, int32_t flag);
+TVKGEN_DFT_LENGTHS(TVKGEN_DECLARE_HARTLEY_CODELETS)
+#undef TVKGEN_DECLARE_HARTLEY_CODELETS
+
+/* Length switches: len outside 2..64 gives StatusSize before anything else is looked at. */
+tvkStatus tvkgHartley_32f(const tvk32f* src, tvk32f* dst, int32_t len, int32_t flag);
+tvkStatus tvkgHartley_64f(const tvk64f* src, tvk64f* dst, int32_t len, int32_t flag);
+
 /* ---- Walsh-Hadamard transform, orders 1 to 13 ------------------------------------
  * N = 2^order;  y[k] = s * sum_n (-1)^popcount(n & k) * x[n], natural order.
  * Computed stage by stage (pairs at distance 1, 2, 4, ...), then scaled, so

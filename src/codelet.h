@@ -47,6 +47,21 @@ __attribute__((always_inline)) inline tvkStatus run(const T* src, U* dst, int32_
     return StatusOk;
 }
 
+// Element k of an array of T at any address, even one that is not a multiple
+// of T's size: the copy is well defined where a T lvalue would not be, and
+// compiles to the same single move.
+template <class T>
+inline T load(const void* base, int k) {
+    T v;
+    __builtin_memcpy(&v, static_cast<const char*>(base) + k * sizeof(T), sizeof v);
+    return v;
+}
+
+template <class T>
+inline void store(void* base, int k, T v) {
+    __builtin_memcpy(static_cast<char*>(base) + k * sizeof(T), &v, sizeof v);
+}
+
 // Memory forms.  Elementwise bodies touch single values and need none.
 struct Elementwise {};
 

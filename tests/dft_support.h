@@ -124,6 +124,14 @@ std::vector<C> randomSignal(int n, unsigned seed) {
     return x;
 }
 
+// The n elements at p, which may be misaligned for C, by value.
+template <class C>
+std::vector<C> copyOut(const void* p, int n) {
+    std::vector<C> out(n);
+    std::memcpy(out.data(), p, sizeof(C) * n);
+    return out;
+}
+
 template <class C>
 bool sameBits(const C* a, const C* b, int n) {
     return std::memcmp(a, b, sizeof(C) * n) == 0;

@@ -2,13 +2,11 @@
 // allowance and no further (checked against a PROT_NONE page), and what lies
 // in those bytes matters only where it must: a NaN or infinity behind the
 // source of tvk32fc lengths 47 and 59 turns every output into NaN.
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <cstdio>
 #include <limits>
 
 #include "dft_support.h"
+#include "memory_probes.h"
 
 using namespace tvktest;
 
@@ -36,25 +34,6 @@ size_t overReadAllowance(int n, bool alignedPath) {
             return 0;
     }
 }
-
-// One read-write page followed by an inaccessible one.
-class GuardedPage {
-   public:
-    GuardedPage() : page_(static_cast<size_t>(sysconf(_SC_PAGESIZE))) {
-        void* p = mmap(nullptr, 2 * page_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        base_ = p == MAP_FAILED ? nullptr : static_cast<unsigned char*>(p);
-        if (base_ && mprotect(base_ + page_, page_, PROT_NONE) != 0) base_ = nullptr;
-    }
-    ~GuardedPage() {
-        if (base_) munmap(base_, 2 * page_);
-    }
-    bool ok() const { return base_ != nullptr; }
-    unsigned char* guard() const { return base_ + page_; }
-
-   private:
-    size_t page_;
-    unsigned char* base_ = nullptr;
-};
 
 class OverRead : public testing::TestWithParam<Case> {};
 

@@ -19,7 +19,7 @@ AllocatorLog& freshAllocatorLog() {
 
 extern "C" void* tvkMalloc(int32_t size) {
     void* block = nullptr;
-    if (size < 0 || posix_memalign(&block, 64, size ? size : 1) != 0) block = nullptr;
+    if (whttest::log.exhausted || size < 0 || posix_memalign(&block, 64, size ? size : 1) != 0) block = nullptr;
     whttest::log.sizes.push_back(size);
     whttest::log.blocks.push_back(block);
     return block;

@@ -11,6 +11,7 @@ struct AllocatorLog {
     std::vector<int32_t> sizes;        // one entry per tvkMalloc
     std::vector<void*> blocks;         // what tvkMalloc returned
     std::vector<void*> freed;          // one entry per tvkFree
+    bool exhausted = false;            // when set, tvkMalloc returns null as if memory were exhausted
 };
 
 // Clears the log and returns it.

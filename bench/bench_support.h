@@ -1,0 +1,159 @@
+// What every benchmark of the library shares: the clock the core really runs
+// at, the operation counts of each Codelet, and the lower bound on the time
+// of a body that follows from both.
+//
+//   int main(int argc, char** argv) {
+//       const std::string countsPath = tvkbench::takeOpCountsPath(argc, argv);  // before benchmark::Initialize
+//       ...
+//       const auto counts = tvkbench::readOpCounts(countsPath);
+//       const double ghz = tvkbench::measuredClockGHz();
+//       const double ns = tvkbench::boundNs(counts.at("tvkgHartley_16_32f"), /*lanes=*/1, ghz);
+//   }
+//
+// The build copies the generator's opcounts.tsv beside each benchmark
+// executable, where takeOpCountsPath looks for it; --opcounts=FILE names
+// another one.
+#pragma once
+
+#include <cpuid.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+
+namespace tvkbench {
+
+// ---- the clock ------------------------------------------------------------------
+
+// Cycles of one `imul r32, r32` in a dependent chain on this core.  It is 3
+// on Intel cores from Core 2 on, Intel Atom cores from Silvermont on and AMD
+// cores from K8 on (Zen 1 to 5 among them), with three exceptions, told apart
+// by cpuid: AMD Bulldozer to Excavator (family 15h) take 4, the first Atom
+// cores (Bonnell and Saltwell) 5, and NetBurst Pentium 4 (family 0Fh) 10.
+inline double multiplyLatency() {
+    unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
+    if (!__get_cpuid(0, &eax, &ebx, &ecx, &edx)) return 3;
+    const bool amd = ebx == 0x68747541;    // "Auth" of AuthenticAMD
+    const bool intel = ebx == 0x756e6547;  // "Genu" of GenuineIntel
+    __get_cpuid(1, &eax, &ebx, &ecx, &edx);
+    const unsigned baseFamily = (eax >> 8) & 0xF;
+    const unsigned family = baseFamily == 0xF ? baseFamily + ((eax >> 20) & 0xFF) : baseFamily;
+    const unsigned model = ((eax >> 4) & 0xF) | (baseFamily >= 6 ? ((eax >> 16) & 0xF) << 4 : 0);
+    if (amd && family == 0x15) return 4;
+    if (intel && family == 0xF) return 10;
+    if (intel && family == 6 && (model == 0x1C || model == 0x26 || model == 0x27 || model == 0x35 || model == 0x36))
+        return 5;
+    return 3;
+}
+
+// The clock the core really runs at, in GHz, measured while it is busy:
+// /proc/cpuinfo gives the nominal clock, which boosting cores exceed.
+//
+// The measure is a chain of dependent 32-bit integer multiplications.  Why
+// that instruction:
+// - Nothing shortens the chain: a multiplication is not eliminated at rename
+//   and not fused with its neighbour, and its latency does not depend on the
+//   values.  A chain of add-immediate instructions, the measure used before,
+//   runs faster than one per cycle on cores that fold such additions at
+//   rename (measured 14 to 22 GHz on a 4.15 GHz core).
+// - Its latency is one number, 3, on nearly every core, and the few others
+//   are known (multiplyLatency).  Floating-point additions and
+//   multiplications vary much more: 2 to 4 cycles for an addition, 3 to 5 for
+//   a multiplication, by core generation.
+// The best of five runs is taken, so that a slow start (a core still raising
+// its clock, an interruption) does not count.
+inline double measuredClockGHz() {
+    constexpr long kRounds = 10'000'000;
+    constexpr int kPerRound = 8;
+    const double latency = multiplyLatency();
+    double best = 0;
+    for (int trial = 0; trial < 5; ++trial) {
+        uint32_t chain = 12345, factor = 1;
+        asm volatile("" : "+r"(factor));  // a value the compiler can't see
+        const auto start = std::chrono::steady_clock::now();
+        for (long i = 0; i < kRounds; ++i)
+            asm volatile("imul %1, %0\n\timul %1, %0\n\timul %1, %0\n\timul %1, %0\n\t"
+                         "imul %1, %0\n\timul %1, %0\n\timul %1, %0\n\timul %1, %0"
+                         : "+r"(chain)
+                         : "r"(factor));
+        const double ns = std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count();
+        best = std::max(best, kPerRound * latency * kRounds / ns);
+    }
+    return best;
+}
+
+// ---- operation counts --------------------------------------------------------------
+
+struct OpCounts {
+    long additions = 0, multiplications = 0;
+};
+
+// The path of opcounts.tsv: the value of a --opcounts=FILE argument, which is
+// taken out of argv so that later parsers do not see it, or else the file
+// beside this executable.
+inline std::string takeOpCountsPath(int& argc, char** argv) {
+    constexpr const char* kFlag = "--opcounts=";
+    std::string path;
+    int kept = 0;
+    for (int i = 0; i < argc; ++i) {
+        if (i > 0 && std::strncmp(argv[i], kFlag, std::strlen(kFlag)) == 0)
+            path = argv[i] + std::strlen(kFlag);
+        else
+            argv[kept++] = argv[i];
+    }
+    argc = kept;
+    if (!path.empty()) return path;
+    char exe[4096];
+    const ssize_t length = readlink("/proc/self/exe", exe, sizeof exe - 1);
+    if (length <= 0) return "opcounts.tsv";
+    std::string dir(exe, static_cast<size_t>(length));
+    return dir.substr(0, dir.rfind('/') + 1) + "opcounts.tsv";
+}
+
+// Real additions and multiplications of each Codelet by exported name, from
+// the generator's table (a header line, then codelet, plan, additions,
+// multiplications, and perhaps more columns, separated by tabs).  Empty when
+// the file can't be read.
+inline std::map<std::string, OpCounts> readOpCounts(const std::string& path) {
+    std::map<std::string, OpCounts> counts;
+    std::ifstream file(path);
+    std::string line;
+    std::getline(file, line);  // header
+    while (std::getline(file, line)) {
+        std::istringstream fields(line);
+        std::string codelet, plan;
+        OpCounts c;
+        if (std::getline(fields, codelet, '\t') && std::getline(fields, plan, '\t') &&
+            fields >> c.additions >> c.multiplications)
+            counts[codelet] = c;
+    }
+    return counts;
+}
+
+// ---- the bound ----------------------------------------------------------------------
+
+// No 128-bit body can run faster than this, in ns: every addition and every
+// multiplication takes a lane of a vector operation, `lanes` reals per
+// operation (4 for tvk32f vectors, 2 for tvk64f vectors, 1 for scalar code),
+// on two addition and two multiplication pipes, at `ghz`.
+inline double boundNs(const OpCounts& ops, int lanes, double ghz) {
+    return static_cast<double>(std::max(ops.additions, ops.multiplications)) / (lanes * 2.0) / ghz;
+}
+
+// The lines that explain the bound column, for the head of a results table.
+inline void printBoundNote(double ghz, const std::string& countsPath) {
+    std::printf("\nbound = max(additions, multiplications) / (lanes x 2 per cycle) / %.3f GHz\n"
+                "        on two addition and two multiplication pipes at the clock measured by a chain\n"
+                "        of dependent integer multiplications; operation counts from %s.\n"
+                "        No 128-bit body can run below it on this core.\n",
+                ghz, countsPath.c_str());
+}
+
+}  // namespace tvkbench

@@ -7,15 +7,20 @@
 // straight-line code with literal constants.
 //
 // The kernel interface.  Three kinds of kernels, each called through a
-// table (KernelSet) and each running a whole loop of blocks per call; a
-// block works on V independent transforms, one per lane, and never mixes lanes.
+// table (KernelSet) and each running a whole loop per call; every step of
+// the loop works on V independent transforms, one per lane, and never
+// mixes lanes.  A generator may replace any entry by straight-line code of
+// the same signature and the same memory behaviour.
 //  - LeafKernel, R(L) for L = 2 .. 64: reads its points from the caller's
 //    source with scalar loads and writes its L/2 bins to aligned scratch.
 //  - RadixKernel, one radix-d' step, d' = 2 .. 32: twiddles and the complex
-//    d'-point DFT on aligned scratch, one block per bin i of the sub-transforms.
+//    d'-point DFT on aligned scratch, for each bin i of the sub-transforms.
 //  - OutputKernel, stage 2 for d = 2 .. 32: gathers V rows of the scratch,
 //    rotates them by the table, runs Y(2d) and stores to the destination
 //    with scalar stores.
+// Leaf and radix kernels take `width` neighbouring column groups (V lanes
+// each, V elements apart) per step, so that a 64-byte line of scratch or
+// source is used whole while it is in the cache.
 #pragma once
 
 #include <pmmintrin.h>

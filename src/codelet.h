@@ -78,13 +78,14 @@ struct Aligned64 {
 };
 
 // Two 8-byte halves per element: the same arithmetic on any address.  The
-// low half goes through a copy, since _mm_load_sd and _mm_storel_pd read and
-// write a double lvalue, which an odd address does not allow.
+// low half of a load is a copy and the stores are the 64-bit moves of the
+// single-precision set, since _mm_load_sd and _mm_storel_pd / _mm_storeh_pd
+// go through a double lvalue, which an odd address does not allow.
 struct Unaligned64 {
     static __m128d load(const double* p) { return _mm_loadh_pd(_mm_set_sd(tvk::load<double>(p, 0)), p + 1); }
     static void store(double* p, __m128d v) {
-        tvk::store(p, 0, _mm_cvtsd_f64(v));
-        tvk::store(p, 1, _mm_cvtsd_f64(_mm_unpackhi_pd(v, v)));
+        _mm_storel_pi(reinterpret_cast<__m64*>(p), _mm_castpd_ps(v));
+        _mm_storeh_pi(reinterpret_cast<__m64*>(p + 1), _mm_castpd_ps(v));
     }
 };
 

@@ -13,6 +13,7 @@
 #include <string>
 
 #include "families/complex_dft.h"
+#include "families/dct4_kernels.h"
 #include "families/hartley.h"
 #include "families/real_dft.h"
 #include "exports.h"
@@ -41,6 +42,7 @@ int main(int argc, char** argv) {
         gen::writeHartley(out, shards, counts);
         out.write("opcounts.tsv", counts.str());
         gen::writeWalshHadamard(out, shards);
+        gen::writeDct4Kernels(out);
         gen::writeExports(out, {gen::Family::ComplexDft, gen::Family::RealDft, gen::Family::Hartley,
                                 gen::Family::WalshHadamard, gen::Family::Dct4, gen::Family::Version});
     } catch (const std::exception& e) {

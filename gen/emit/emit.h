@@ -11,6 +11,11 @@ namespace gen {
 // tvk32f values and double ones where a node is double; the others tvk64f.
 std::string emitScalar(const Graph& g, bool single);
 
+// A real-domain graph whose every value is a vector V of independent
+// transforms, one per lane, in `single` (float lanes) or double: inputs
+// read by in(Index<k>{}), outputs written by out(Index<k>{}, value).
+std::string emitLanes(const Graph& g, bool single);
+
 // tvk64fc: one complex value per __m128d, real part in the low half.
 std::string emitInterleaved(const Graph& g);
 

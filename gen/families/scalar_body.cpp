@@ -10,16 +10,17 @@ ScalarBody::ScalarBody(bool single, Scaling scaling)
       real_(single ? static_cast<Arithmetic*>(&mixed_) : &graph_),
       complex_(*real_) {}
 
+// A negative output is the magnitude times the negated scale: the same bits
+// as the flip of the product's sign, and the back-end makes the negated
+// scale once for the whole body.
 int ScalarBody::scaled(int value) {
     int magnitude = value;
     const bool negated = graph_.isNegation(value, magnitude);
+    const int scale = negated ? graph_.negate(graph_.scale()) : graph_.scale();
     const Node& n = graph_.node(magnitude);
-    int product;
     if (scaling_ == Scaling::AsItLeaves && n.op == Op::Narrow)
-        product = graph_.narrow(graph_.product(n.a, graph_.widen(graph_.scale())));
-    else
-        product = graph_.product(graph_.narrow(magnitude), graph_.scale());
-    return negated ? graph_.negate(product) : product;
+        return graph_.narrow(graph_.product(n.a, graph_.widen(scale)));
+    return graph_.product(graph_.narrow(magnitude), scale);
 }
 
 void ScalarBody::store(int element, int value) {

@@ -120,18 +120,19 @@ template <class T>
     constexpr T h = DirectConstants<T>::h;
     T in[32];
     for (int i = 0; i < 32; ++i) in[i] = x[i];
-    Cx<T> Z[2][8];
+    T Z[2][16];  // bin k of column r: real part at 2k, imaginary part at 2k + 1
     unroll<2>([&](auto r) TVK_UNROLLED {
         // Point t >= 0 is x[4t + r], point t = -j is x[4j - 1 - r].
-        realTransform<16, T>(
+        Leaf<T, 16>::template run<T>(
             [&](auto t) TVK_UNROLLED {
                 if constexpr (t >= 8) return in[4 * (t - 8) + r];
                 else return in[4 * (8 - t) - 1 - r];
             },
-            Z[r]);
+            [&](auto slot, T value) TVK_UNROLLED { Z[r][slot] = value; });
     });
     unroll<8>([&](auto k) TVK_UNROLLED {
-        const Cx<T> W0 = rotateBy<2 * k + 1, 128>(Z[0][k]), W1 = rotateBy<3 * (2 * k + 1), 128>(Z[1][k]);
+        const Cx<T> W0 = rotateBy<2 * k + 1, 128>(Cx<T>{Z[0][2 * k], Z[0][2 * k + 1]});
+        const Cx<T> W1 = rotateBy<3 * (2 * k + 1), 128>(Cx<T>{Z[1][2 * k], Z[1][2 * k + 1]});
         const T A = W0.re, B = W0.im, C = W1.re, D = W1.im;
         y[k] = A + C;
         y[31 - k] = B - D;

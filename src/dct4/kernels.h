@@ -119,7 +119,7 @@ constexpr T sinPi(long num, long den) {
     return T(__builtin_sinl(kPi * num / den));
 }
 
-// ---- rotations and small DFTs ------------------------------------------------------
+// ---- rotations -----------------------------------------------------------------------
 
 // (a, b) -> (c a - s b, s a + c b).
 template <class V>
@@ -140,149 +140,16 @@ template <long Num, long Den, class V>
     }
 }
 
-template <class V>
-[[gnu::always_inline]] inline Cx<V> add(Cx<V> a, Cx<V> b) {
-    return {a.re + b.re, a.im + b.im};
-}
-template <class V>
-[[gnu::always_inline]] inline Cx<V> sub(Cx<V> a, Cx<V> b) {
-    return {a.re - b.re, a.im - b.im};
-}
-// a - b, conjugated.
-template <class V>
-[[gnu::always_inline]] inline Cx<V> subConj(Cx<V> a, Cx<V> b) {
-    return {a.re - b.re, b.im - a.im};
-}
-
-// D[w] = sum over b of z[b] exp(2 pi i w b / R), positive sign.  With
-// ConjUpper the outputs R/2 .. R-1 come out conjugated, at no cost: the
-// radix steps store exactly those as conjugates.
-template <int R, bool ConjUpper, class V>
-[[gnu::always_inline]] inline void dft(const Cx<V>* z, Cx<V>* D) {
-    if constexpr (R == 2) {
-        D[0] = add(z[0], z[1]);
-        D[1] = ConjUpper ? subConj(z[0], z[1]) : sub(z[0], z[1]);
-    } else if constexpr (R == 4) {
-        const Cx<V> s0 = add(z[0], z[2]), d0 = sub(z[0], z[2]);
-        const Cx<V> s1 = add(z[1], z[3]), d1 = sub(z[1], z[3]);
-        D[0] = add(s0, s1);
-        D[1] = {d0.re - d1.im, d0.im + d1.re};
-        if constexpr (ConjUpper) {
-            D[2] = subConj(s0, s1);
-            D[3] = {d0.re + d1.im, d1.re - d0.im};
-        } else {
-            D[2] = sub(s0, s1);
-            D[3] = {d0.re + d1.im, d0.im - d1.re};
-        }
-    } else {
-        static_assert(R == 8);
-        const Cx<V> evenIn[4] = {z[0], z[2], z[4], z[6]}, oddIn[4] = {z[1], z[3], z[5], z[7]};
-        Cx<V> e[4], o[4];
-        dft<4, false>(evenIn, e);
-        dft<4, false>(oddIn, o);
-        // o[w] times exp(2 pi i w / 8): 1, (1 + i) h, i, (-1 + i) h.
-        const V h = splat<V>(cosPi<ScalarOf<V>>(1, 4));
-        const Cx<V> t[4] = {o[0],
-                            {(o[1].re - o[1].im) * h, (o[1].re + o[1].im) * h},
-                            {-o[2].im, o[2].re},
-                            {-((o[3].re + o[3].im) * h), (o[3].re - o[3].im) * h}};
-        unroll<4>([&](auto w) TVK_UNROLLED {
-            D[w] = add(e[w], t[w]);
-            D[w + 4] = ConjUpper ? subConj(e[w], t[w]) : sub(e[w], t[w]);
-        });
-    }
-}
-
-// The same DFT on inputs whose upper half z[R/2 .. R-1] is to be conjugated
-// first: the transpose of dft<R, true>, for Y.
-template <int R, class V>
-[[gnu::always_inline]] inline void dftOfConjUpper(const Cx<V>* z, Cx<V>* G) {
-    if constexpr (R == 2) {
-        G[0] = {z[0].re + z[1].re, z[0].im - z[1].im};
-        G[1] = {z[0].re - z[1].re, z[0].im + z[1].im};
-    } else {
-        static_assert(R == 4);
-        const Cx<V> s0 = {z[0].re + z[2].re, z[0].im - z[2].im}, d0 = {z[0].re - z[2].re, z[0].im + z[2].im};
-        const Cx<V> s1 = {z[1].re + z[3].re, z[1].im - z[3].im}, d1 = {z[1].re - z[3].re, z[1].im + z[3].im};
-        G[0] = add(s0, s1);
-        G[1] = {d0.re - d1.im, d0.im + d1.re};
-        G[2] = sub(s0, s1);
-        G[3] = {d0.re + d1.im, d0.im - d1.re};
-    }
-}
-
-// ---- R(L) and Y(L) ----------------------------------------------------------------
-
-// R(L): Z(k) = sum over t = -L/2 .. L/2-1 of u[t] exp(i pi (2k + 1) t / L),
-// k = 0 .. L/2-1; the bins L/2 .. L-1 are the conjugates of these.  Point t
-// is u[t + L/2].  Radix 2 up to 8 points, radix 4 above: R(4) and R(8) are
-// radix 2 over R(2) and R(4), R(16), R(32), R(64) radix 4 over R(4), R(8), R(16).
-template <int L>
-constexpr int kRealRadix = L <= 8 ? 2 : 4;
-
 template <int I>
 using Index = std::integral_constant<int, I>;
 
-// point(Index<t + L/2>) gives point t; loads stay next to their first use.
-template <int L, class V, class Point>
-[[gnu::always_inline]] inline void realTransform(Point&& point, Cx<V>* Z) {
-    if constexpr (L == 2) {
-        Z[0] = {point(Index<1>{}), -point(Index<0>{})};
-    } else {
-        constexpr int R = kRealRadix<L>, Ls = L / R, Q = Ls / 2;
-        // Sub-transform b takes the points t = R a + b.
-        Cx<V> sub[R][Q];
-        unroll<R>([&](auto b) TVK_UNROLLED {
-            realTransform<Ls, V>([&](auto a) TVK_UNROLLED { return point(Index<R * a + b>{}); }, sub[b]);
-            if constexpr (L >= 32) cut(sub);
-        });
-        // Bin i of each, turned by exp(i pi (2i + 1) b / L), gives bins Ls w + i
-        // and, conjugated, Ls w + Ls-1-i.
-        unroll<Q>([&](auto i) TVK_UNROLLED {
-            Cx<V> v[R], D[R];
-            v[0] = sub[0][i];
-            unroll<R - 1>([&](auto b) TVK_UNROLLED { v[b + 1] = rotateBy<(2 * i + 1) * (b + 1), L>(sub[b + 1][i]); });
-            dft<R, true>(v, D);
-            unroll<R / 2>([&](auto w) TVK_UNROLLED {
-                Z[Ls * w + i] = D[w];
-                Z[Ls * w + Ls - 1 - i] = D[R - 1 - w];
-            });
-        });
-    }
-}
+}  // namespace tvk::dct4
 
-// Y(L): output v = real part of sum over r < L/2 of W[r] exp(i pi v (2r + 1) / L),
-// v = -L/2 .. L/2-1.  The transpose of R(L) with the imaginary inputs negated,
-// so its flow graph is R's reversed.  Radix 2 throughout, or with Wide
-// radix 4 from 16 points up (Y(64) over 16-point kernels shaped as R(16)).
-// in(Index<r>) gives W[r], each asked for once; out(Index<v + L/2>, value)
-// takes output v.
-template <int L, bool Wide, class V, class In, class Out>
-[[gnu::always_inline]] inline void realOutput(In&& in, Out&& out) {
-    if constexpr (L == 2) {
-        const Cx<V> w = in(Index<0>{});
-        out(Index<1>{}, w.re);
-        out(Index<0>{}, w.im);
-    } else {
-        constexpr int R = Wide && L >= 16 ? 4 : 2, Ls = L / R, Q = Ls / 2;
-        Cx<V> sub[R][Q];
-        unroll<Q>([&](auto i) TVK_UNROLLED {
-            Cx<V> P[R], G[R];
-            unroll<R / 2>([&](auto w) TVK_UNROLLED {
-                P[w] = in(Index<Ls * w + i>{});
-                P[R - 1 - w] = in(Index<Ls * w + Ls - 1 - i>{});
-            });
-            dftOfConjUpper<R>(P, G);
-            sub[0][i] = G[0];
-            unroll<R - 1>([&](auto b) TVK_UNROLLED { sub[b + 1][i] = rotateBy<(2 * i + 1) * (b + 1), L>(G[b + 1]); });
-            if constexpr (L >= 32) cut(sub);
-        });
-        unroll<R>([&](auto b) TVK_UNROLLED {
-            realOutput<Ls, Wide, V>([&](auto r) TVK_UNROLLED { return sub[b][r]; },
-                                    [&](auto a, V value) TVK_UNROLLED { out(Index<R * a + b>{}, value); });
-        });
-    }
-}
+// R(L), the radix steps and Y(2d) as straight-line code, written by the
+// generator: Leaf<T, L>, Radix<T, R> and Output<T, D>.
+#include "dct4/kernels_generated.h"
+
+namespace tvk::dct4 {
 
 // ---- memory ---------------------------------------------------------------------------
 
@@ -377,13 +244,13 @@ struct KernelSet {
 // stepping pointer.
 template <int L, class V, class T, class Point>
 [[gnu::always_inline]] inline void leafTransform(Point&& point, T* out, ptrdiff_t dstStride) {
-    Cx<V> Z[L / 2];
-    realTransform<L, V>(point, Z);
+    V Z[L];
+    Leaf<T, L>::template run<V>(point, [&](auto slot, V value) TVK_UNROLLED { Z[slot] = value; });
     cut(Z);
 #pragma GCC unroll 1
     for (int k = 0; k < L / 2; ++k, out += 2 * dstStride) {
-        store(out, Z[k].re);
-        store(out + dstStride, Z[k].im);
+        store(out, Z[2 * k]);
+        store(out + dstStride, Z[2 * k + 1]);
     }
 }
 
@@ -434,7 +301,7 @@ template <class T, int R>
 [[gnu::flatten]] void radixKernel(const T* src, T* dst, const T* table, ptrdiff_t stride, int32_t bins, int32_t width) {
     using V = Vec<T>;
     constexpr RadixTableShape shape = radixTableShape<T>(R);
-    constexpr int W = kLanes<T>;
+    constexpr int W = kLanes<T>, P = R / 4;
     const T* steps = table + shape.stepRegion(bins);
     const T* groups = table + shape.groupRegion(bins);
     const ptrdiff_t subLength = 2 * ptrdiff_t{bins};
@@ -442,70 +309,26 @@ template <class T, int R>
     for (int32_t column = 0; column < width; ++column) {
         const ptrdiff_t t = opaque(stride);
         const T* in = src + 2 * R * t * i + W * column;
-        // Inputs and outputs are reached through pointers that step by
-        // multiples of t, a few registers in all.
-        const ptrdiff_t imaginary = R * t;
-        const auto next = [&](const T*& p, ptrdiff_t by) TVK_UNROLLED {
-            const Cx<V> z = {load(p), load(p + imaginary)};
-            p = opaque(p + by);
-            return z;
-        };
+        const T* step = steps + ptrdiff_t{i} * shape.stepVectors * W;
+        const T* group = groups + ptrdiff_t{i} * shape.groupVectors * W;
         T* out = dst + W * column;
         const ptrdiff_t rowStep = 2 * subLength * t;  // from bin k to bin k + 2 bins
-        const T* step = steps + ptrdiff_t{i} * shape.stepVectors * W;
-        if constexpr (!shape.twoLevel) {
-            Cx<V> v[R], D[R];
-            const T* p = in;
-            v[0] = next(p, t);
-            unroll<R - 1>([&](auto b) TVK_UNROLLED {
-                v[b + 1] = rotate(next(p, t), load(step + 2 * b * W), load(step + (2 * b + 1) * W));
-            });
-            dft<R, true>(v, D);
-            // D[w] goes to bin (2 bins) w + i, or for w >= d'/2, conjugated
-            // already, to bin (2 bins) (d'-w) - 1 - i.
-            T* up = out + 2 * i * t;
-            T* down = out - 2 * (i + 1) * t;
-            unroll<R>([&](auto w) TVK_UNROLLED {
-                T* at = w < R / 2 ? up + w * rowStep : down + (R - w) * rowStep;
-                store(at, D[w].re);
-                store(at + t, D[w].im);
-            });
-        } else {
-            constexpr int P = R / 4;
-            const T* group = groups + ptrdiff_t{i} * shape.groupVectors * W;
-            Cx<V> F[4][P];
-            unroll<4>([&](auto b1) TVK_UNROLLED {
-                Cx<V> v[P];
-                const T* p = in + b1 * t;
-                v[0] = next(p, 4 * t);
-                unroll<P - 1>([&](auto b2) TVK_UNROLLED {
-                    v[b2 + 1] = rotate(next(p, 4 * t), load(step + 2 * b2 * W), load(step + (2 * b2 + 1) * W));
-                });
-                dft<P, false>(v, F[b1]);
-                cut(F);
-            });
-            // D[g + P w'] goes, as above, to bin (2 bins) (g + P w') + i for w' < 2
-            // and to (2 bins) (P (4 - w') - g) - 1 - i for w' >= 2.
-            T* up = out + 2 * i * t;
-            T* down = out + 2 * (subLength * P - 1 - i) * t;
-            const ptrdiff_t half = P * rowStep;
-            unroll<P>([&](auto g) TVK_UNROLLED {
-                Cx<V> v[4], D[4];
-                v[0] = F[0][g];
-                unroll<3>([&](auto b1) TVK_UNROLLED {
-                    v[b1 + 1] = rotate(F[b1 + 1][g], load(group + (6 * g + 2 * b1) * W),
-                                       load(group + (6 * g + 2 * b1 + 1) * W));
-                });
-                dft<4, true>(v, D);
-                T* const at[4] = {up, up + half, down + half, down};
-                unroll<4>([&](auto w) TVK_UNROLLED {
-                    store(at[w], D[w].re);
-                    store(at[w] + t, D[w].im);
-                });
-                up = opaque(up + rowStep);
-                down = opaque(down - rowStep);
-            });
-        }
+        // Sub-transform b's bin at in + b t (real part) and + R t (imaginary
+        // part); the twiddles of the step, then those of the groups.
+        const auto input = [&](auto slot) TVK_UNROLLED {
+            if constexpr (slot < 2 * R) return load(in + (slot / 2) * t + (slot % 2) * R * t);
+            else if constexpr (!shape.twoLevel || slot < 2 * R + 2 * (P - 1)) return load(step + (slot - 2 * R) * W);
+            else return load(group + (slot - 2 * R - 2 * (P - 1)) * W);
+        };
+        // Output w < R/2 goes to bin (2 bins) w + i, output w >= R/2, conjugated
+        // already, to bin (2 bins) (R - w) - 1 - i; from 16 on, D_g[w] is output
+        // g + P w of the step.
+        const auto output = [&](auto slot, V value) TVK_UNROLLED {
+            constexpr int w = shape.twoLevel ? slot / 2 % 4 * P + slot / 8 : slot / 2;
+            T* at = w < R / 2 ? out + 2 * i * t + w * rowStep : out - 2 * (i + 1) * t + (R - w) * rowStep;
+            store(at + (slot % 2) * t, value);
+        };
+        Radix<T, R>::template run<V>(input, output);
     }
 }
 
@@ -539,11 +362,11 @@ template <class T, int D>
         const T* rotation = table + ptrdiff_t{2 * D * W} * i;
         const ptrdiff_t row = ptrdiff_t{W} * i;
         V out[2 * D];
-        realOutput<2 * D, D == 32, V>(
-            [&](auto r) TVK_UNROLLED {
-                const T* entry = rotation + rotationEntry(D, r) * W;
-                const Cx<V> z = {gatherLanes(rows + r, 2 * D), gatherLanes(rows + D + r, 2 * D)};
-                return rotate(z, load(entry), load(entry + W));
+        Output<T, D>::template run<V>(
+            [&](auto slot) TVK_UNROLLED {
+                constexpr int r = slot / 4, part = slot % 4;
+                if constexpr (part < 2) return gatherLanes(rows + part * D + r, 2 * D);
+                else return load(rotation + (rotationEntry(D, r) + part - 2) * W);
             },
             [&](auto index, V value) TVK_UNROLLED { out[index] = value; });
         // Outputs v >= 0 ascend from y[row], v < 0 descend from y[2q - 1 - row],

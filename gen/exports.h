@@ -2,7 +2,7 @@
 // their address rows and the linker's version script are written.
 #pragma once
 
-#include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,8 +19,8 @@ struct Export {
 
 std::vector<Export> exportTable();
 
-// Writes the stubs and rows of the names that are built, the version script
-// that exports exactly them, and the lists of all and of built names.
-void writeExports(Output& out, const std::function<bool(const Export&)>& built);
+// Writes the stubs and rows of the families that are built, the version
+// script that exports exactly them, and the lists of all and of built names.
+void writeExports(Output& out, const std::set<Family>& built);
 
 }  // namespace gen

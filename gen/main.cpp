@@ -9,11 +9,11 @@
 // DIR/opcounts.tsv         real operation counts of every Codelet
 #include <cstdlib>
 #include <iostream>
-#include <set>
 #include <sstream>
 #include <string>
 
 #include "families/complex_dft.h"
+#include "families/hartley.h"
 #include "families/real_dft.h"
 #include "exports.h"
 #include "output.h"
@@ -37,18 +37,12 @@ int main(int argc, char** argv) {
         counts << "codelet\tplan\tadditions\tmultiplications\tcomplex_products\tdouble_multiplications"
                   "\tdouble_additions\twidenings\tnarrowings\n";
         gen::writeComplexDft(out, shards, counts);
-        const std::set<std::string> real = gen::writeRealDft(out, shards, counts);
+        gen::writeRealDft(out, shards, counts);
+        gen::writeHartley(out, shards, counts);
         out.write("opcounts.tsv", counts.str());
         gen::writeWalshHadamard(out, shards);
-        gen::writeExports(out, [&](const gen::Export& e) {
-            switch (e.family) {
-                case gen::Family::ComplexDft:
-                case gen::Family::WalshHadamard:
-                case gen::Family::Version: return true;
-                case gen::Family::RealDft: return real.count(e.name) > 0;
-                default: return false;
-            }
-        });
+        gen::writeExports(out, {gen::Family::ComplexDft, gen::Family::RealDft, gen::Family::Hartley,
+                                gen::Family::WalshHadamard, gen::Family::Version});
     } catch (const std::exception& e) {
         std::cerr << "tvkgen-codegen: " << e.what() << '\n';
         return 1;

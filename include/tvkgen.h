@@ -146,6 +146,25 @@ TVKGEN_DECLARE_REAL_SWITCHES(32f)
 TVKGEN_DECLARE_REAL_SWITCHES(64f)
 #undef TVKGEN_DECLARE_REAL_SWITCHES
 
+/* ---- discrete Hartley transform, lengths 2 to 64 ---------------------------------
+ * y[k] = s * sum_n x[n] * cas(2*pi*n*k/N), cas(t) = cos(t) + sin(t), natural
+ * order; its own inverse up to N, so ScaleDivFwdByN and ScaleDivInvByN both
+ * divide by N.  Scalar bodies: any alignment, src may equal dst, nothing is
+ * read past the source.
+ */
+typedef tvkStatus (*tvkHartleyCodelet_32f)(const tvk32f* src, tvk32f* dst, int32_t flag);
+typedef tvkStatus (*tvkHartleyCodelet_64f)(const tvk64f* src, tvk64f* dst, int32_t flag);
+
+#define TVKGEN_DECLARE_HARTLEY_CODELETS(N)                                         \
+    tvkStatus tvkgHartley_##N##_32f(const tvk32f* src, tvk32f* dst, int32_t flag); \
+    tvkStatus tvkgHartley_##N##_64f(const tvk64f* src, tvk64f* dst, int32_t flag);
+TVKGEN_DFT_LENGTHS(TVKGEN_DECLARE_HARTLEY_CODELETS)
+#undef TVKGEN_DECLARE_HARTLEY_CODELETS
+
+/* Length switches: len outside 2..64 gives StatusSize before anything else is looked at. */
+tvkStatus tvkgHartley_32f(const tvk32f* src, tvk32f* dst, int32_t len, int32_t flag);
+tvkStatus tvkgHartley_64f(const tvk64f* src, tvk64f* dst, int32_t len, int32_t flag);
+
 /* ---- Walsh-Hadamard transform, orders 1 to 13 ------------------------------------
  * N = 2^order;  y[k] = s * sum_n (-1)^popcount(n & k) * x[n], natural order.
  * Computed stage by stage (pairs at distance 1, 2, 4, ...), then scaled, so

@@ -33,83 +33,74 @@ void fillByConjugation(Arithmetic& g, Batch& out, const std::vector<std::vector<
 
 }  // namespace
 
-Batch cooleyTukey(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
+JoinStage firstStage(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt,
+                     const Multipliers& pre) {
     const int P = plan.first->n, M = plan.second->n, N = plan.n, count = static_cast<int>(in.size());
-    const std::vector<bool> real = realSignals(g, in, pre);
-    // Stage one: for each residue c, the P-point transform of x[c + M j].
+    const bool goodThomas = plan.kind == Plan::Kind::GoodThomas;
+    // Cooley-Tukey: for each residue c, the P-point transform of x[c + M j];
+    // Good-Thomas: for each b, the P-point transform of x[(M a + P b) mod N].
+    auto element = [=](int s, int j) { return goodThomas ? (M * j + P * (s % M)) % N : s % M + M * j; };
     Batch s1(count * M, Signal(P));
-    for (int t = 0; t < count; ++t)
-        for (int c = 0; c < M; ++c)
-            for (int j = 0; j < P; ++j) s1[t * M + c][j] = in[t][c + M * j];
+    for (int s = 0; s < count * M; ++s)
+        for (int j = 0; j < P; ++j) s1[s][j] = in[s / M][element(s, j)];
     const Batch Y = transform(g, *plan.first, s1, opt,
-                              composePre(pre, [M](int s, int j) { return std::pair{s / M, s % M + M * j}; }));
-    // Stage two: for each k1, the M-point transform over c of Y[c][k1] * w^(c k1).
-    Batch s2;
-    std::vector<std::pair<int, int>> origin;  // (t, k1) of each stage-two signal
+                              composePre(pre, [=](int s, int j) { return std::pair{s / M, element(s, j)}; }));
+    const std::vector<bool> real = realSignals(g, in, pre);
+    JoinStage stage;
     for (int t = 0; t < count; ++t)
-        for (int k1 = 0; k1 < (real[t] ? P / 2 + 1 : P); ++k1) {
-            Signal s(M);
-            for (int c = 0; c < M; ++c) s[c] = Y[t * M + c][k1];
-            s2.push_back(s);
-            origin.emplace_back(t, k1);
+        for (int bin = 0; bin < (real[t] ? P / 2 + 1 : P); ++bin) {
+            Signal row(M);
+            for (int c = 0; c < M; ++c) row[c] = Y[t * M + c][bin];
+            stage.rows.push_back(row);
+            stage.origin.emplace_back(t, bin);
         }
-    const int sign = opt.sign;
-    const Batch Z = transform(g, *plan.second, s2, opt, [&origin, N, sign](int s, int c) {
-        return rootOfUnity(c * origin[s].second, N, sign);
-    });
-    Batch out(count, Signal(N));
-    std::vector<std::vector<bool>> filled(count, std::vector<bool>(N, false));
-    for (size_t s = 0; s < Z.size(); ++s) {
-        const auto [t, k1] = origin[s];
-        for (int k2 = 0; k2 < M; ++k2) {
-            out[t][k1 + P * k2] = Z[s][k2];
-            filled[t][k1 + P * k2] = true;
-        }
-    }
-    fillByConjugation(g, out, filled);
-    return out;
+    return stage;
 }
 
-Batch goodThomas(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
-    const int P = plan.first->n, M = plan.second->n, N = plan.n, count = static_cast<int>(in.size());
-    const std::vector<bool> real = realSignals(g, in, pre);
-    Batch s1(count * M, Signal(P));
-    for (int t = 0; t < count; ++t)
-        for (int b = 0; b < M; ++b)
-            for (int a = 0; a < P; ++a) s1[t * M + b][a] = in[t][(M * a + P * b) % N];
-    const Batch Y = transform(g, *plan.first, s1, opt, composePre(pre, [M, P, N](int s, int a) {
-                                  return std::pair{s / M, (M * a + P * (s % M)) % N};
-                              }));
-    // Stage two on each bin a of stage one; bin 0 may have a transform of its own.
-    Batch out(count, Signal(N));
-    std::vector<std::vector<bool>> filled(count, std::vector<bool>(N, false));
-    auto stageTwo = [&](const Plan& second, int firstBin, bool binZeroOnly) {
-        Batch s2;
-        std::vector<std::pair<int, int>> origin;  // (t, a) of each stage-two signal
-        for (int t = 0; t < count; ++t)
-            for (int a = firstBin; a <= (binZeroOnly ? 0 : real[t] ? P / 2 : P - 1); ++a) {
-                Signal s(M);
-                for (int b = 0; b < M; ++b) s[b] = Y[t * M + b][a];
-                s2.push_back(s);
-                origin.emplace_back(t, a);
+int joinedBin(const Plan& plan, int bin, int k2) {
+    const int P = plan.first->n, M = plan.second->n;
+    if (plan.kind == Plan::Kind::CooleyTukey) return bin + P * k2;
+    int k = 0;  // k = bin mod P, k = k2 mod M
+    while (k % P != bin || k % M != k2) ++k;
+    return k;
+}
+
+Complex joinTwiddle(const Plan& plan, const DftOptions& opt, int bin, int c) {
+    if (plan.kind == Plan::Kind::GoodThomas) return Complex::one();
+    return rootOfUnity(c * bin, plan.n, opt.sign);
+}
+
+// Stage two runs on the rows; a Good-Thomas join may give its bin-0 rows a
+// transform of their own.  Joins of real signals conjugate the bins of the
+// rows they skip.
+Batch join(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
+    const JoinStage stage = firstStage(g, plan, in, opt, pre);
+    Batch out(in.size(), Signal(plan.n));
+    std::vector<std::vector<bool>> filled(in.size(), std::vector<bool>(plan.n, false));
+    auto stageTwo = [&](const Plan& second, bool binZero) {
+        Batch rows;
+        std::vector<std::pair<int, int>> origin;
+        for (size_t s = 0; s < stage.rows.size(); ++s)
+            if (!plan.secondOfBinZero || (stage.origin[s].second == 0) == binZero) {
+                rows.push_back(stage.rows[s]);
+                origin.push_back(stage.origin[s]);
             }
-        const Batch Z = transform(g, second, s2, opt);
+        if (rows.empty()) return;
+        const Multipliers twiddles = plan.kind == Plan::Kind::CooleyTukey
+                                         ? Multipliers([&](int s, int c) { return joinTwiddle(plan, opt, origin[s].second, c); })
+                                         : Multipliers{};
+        const Batch Z = transform(g, second, rows, opt, twiddles);
         for (size_t s = 0; s < Z.size(); ++s) {
-            const auto [t, a] = origin[s];
-            for (int k2 = 0; k2 < M; ++k2) {
-                int k = 0;  // k = a mod P, k = k2 mod M
-                while (k % P != a || k % M != k2) ++k;
+            const auto [t, bin] = origin[s];
+            for (int k2 = 0; k2 < second.n; ++k2) {
+                const int k = joinedBin(plan, bin, k2);
                 out[t][k] = Z[s][k2];
                 filled[t][k] = true;
             }
         }
     };
-    if (plan.secondOfBinZero) {
-        stageTwo(*plan.secondOfBinZero, 0, true);
-        stageTwo(*plan.second, 1, false);
-    } else {
-        stageTwo(*plan.second, 0, false);
-    }
+    if (plan.secondOfBinZero) stageTwo(*plan.secondOfBinZero, true);
+    stageTwo(*plan.second, false);
     fillByConjugation(g, out, filled);
     return out;
 }

@@ -23,6 +23,8 @@ struct Plan {
     int n = 0;
     std::shared_ptr<Plan> first, second;  // joins: the two factors; Rader, Bluestein: inner transforms
     std::shared_ptr<Plan> secondOfBinZero;  // join: stage-two transform of bin 0, when it differs
+    // Real Rader form with q/2 even: the length-q network of its odd-frequency block.
+    std::shared_ptr<Plan> oddBins;
     int root = 0;                         // Rader: primitive root
     std::string text;                     // the notation it was parsed from
 };

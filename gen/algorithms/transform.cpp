@@ -30,9 +30,10 @@ Batch transform(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptio
     if (composite && !g.inLane() && (in.size() % g.width() == 0 || in.size() % g.width() == 3))
         return inLane(g, plan, in, opt, pre);
     switch (plan.kind) {
-        case Plan::Kind::CooleyTukey: return cooleyTukey(g, plan, in, opt, pre);
-        case Plan::Kind::GoodThomas: return goodThomas(g, plan, in, opt, pre);
+        case Plan::Kind::CooleyTukey:
+        case Plan::Kind::GoodThomas: return join(g, plan, in, opt, pre);
         case Plan::Kind::Rader:
+            if (opt.realRader) return realRader(g, plan, in, opt, pre);
             return opt.deferredRotation ? raderDeferred(g, plan, in, opt, pre) : rader(g, plan, in, opt, pre);
         case Plan::Kind::Bluestein: return bluestein(g, plan, in, opt, pre);
         default: return g.lanewise(in, kernelOf(plan, opt), pre);

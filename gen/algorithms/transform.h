@@ -10,6 +10,7 @@ struct DftOptions {
     int sign = -1;                 // -1 forward, +1 inverse
     bool bluesteinReadsPast = false;  // Form B fetches element p and multiplies it by 0
     bool deferredRotation = false;    // Rader as a real-coefficient network, i applied last
+    bool realRader = false;           // Rader on pairs of real values, the real family's form
 };
 
 // Transforms every signal of the batch by `plan`; input j of signal t is

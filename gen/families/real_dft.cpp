@@ -64,7 +64,9 @@ int imagElement(Layout layout, int n, int k) {
 std::vector<std::pair<int, int>> forwardBins(PairArithmetic& c, const Plan& plan, const std::vector<int>& x) {
     Signal in;
     for (int v : x) in.push_back({c.lift(v), 0});
-    const Signal X = transform(c, plan, Batch{in}, DftOptions{})[0];
+    DftOptions opt;
+    opt.realRader = true;
+    const Signal X = transform(c, plan, Batch{in}, opt)[0];
     std::vector<std::pair<int, int>> bins;
     for (int k = 0; k <= plan.n / 2; ++k) {
         const int v = c.valueOf(X[k]);
@@ -149,50 +151,15 @@ Codelet codelet(int n, const Set& set) {
     return {s.str(), count, planText};
 }
 
-// Lengths whose plans hold a Rader block are not built yet.
-bool built(int n) { return !holdsRader(*realForwardPlan(n)) && !holdsRader(*realInversePlan(n)); }
-
-// The length switch of a set: a length outside 2 to 64, or one not built,
-// fails before anything else is looked at; the others tail-call their Codelet.
-std::string lengthSwitch(const Set& set) {
-    const std::string elem = "tvk" + set.suffix();
-    const std::string codeletParams = "(const " + elem + "* src, " + elem + "* dst, int32_t flag)";
-    std::ostringstream s, rows;
-    bool all = true;
-    for (int n = 2; n <= 64; ++n) {
-        if (built(n)) {
-            const std::string body = "u8_tvkg" + set.stem() + "_" + std::to_string(n) + "_" + set.suffix();
-            s << "extern \"C\" TVK_INTERNAL tvkStatus " << body << codeletParams << ";\n";
-            rows << "        " << body << ",\n";
-        } else {
-            all = false;
-            rows << "        nullptr,\n";
-        }
-    }
-    s << "extern \"C\" TVK_INTERNAL tvkStatus u8_tvkg" << set.stem() << "_" << set.suffix() << "(const " << elem
-      << "* src, " << elem << "* dst, int32_t len, int32_t flag) {\n"
-      << "    using Codelet = tvkStatus (*)" << codeletParams << ";\n"
-      << "    static constexpr Codelet kByLength[63] = {\n" << rows.str() << "    };\n"
-      << "    if (!tvk::lengthInRange(len)" << (all ? "" : " || !kByLength[len - 2]") << ") return StatusSize;\n"
-      << "    return kByLength[len - 2](src, dst, flag);\n}\n";
-    return s.str();
-}
-
 }  // namespace
 
-std::set<std::string> writeRealDft(Output& out, int shards, std::ostream& counts) {
-    std::set<std::string> names;
-    std::ostringstream switches;
+void writeRealDft(Output& out, int shards, std::ostream& counts) {
     for (const bool inverse : {false, true})
         for (const Layout layout : {Layout::CCS, Layout::Pack, Layout::Perm})
             for (const bool single : {true, false}) {
                 const Set set{inverse, layout, single};
-                names.insert("tvkg" + set.stem() + "_" + set.suffix());
-                switches << lengthSwitch(set);
                 std::vector<std::ostringstream> files(shards);
                 for (int n = 2; n <= 64; ++n) {
-                    if (!built(n)) continue;
-                    names.insert("tvkg" + set.stem() + "_" + std::to_string(n) + "_" + set.suffix());
                     const Codelet c = codelet(n, set);
                     files[(n - 2) % shards] << c.text;
                     counts << "tvkg" << set.stem() << "_" << n << "_" << set.suffix() << '\t' << c.plan << '\t'
@@ -204,9 +171,6 @@ std::set<std::string> writeRealDft(Output& out, int shards, std::ostream& counts
                     out.write(set.file() + "_" + std::to_string(i) + ".cpp",
                               std::string(kGeneratedBanner) + "#include \"codelet.h\"\n" + files[i].str());
             }
-    out.write("src/rdft/pgenrdftswitch.cpp",
-              std::string(kGeneratedBanner) + "#include \"bodies.h\"\n\n" + switches.str());
-    return names;
 }
 
 }  // namespace gen

@@ -99,20 +99,73 @@ const Row& rowOf(int n) {
     return it->second;
 }
 
-std::shared_ptr<Plan> parse(const std::string& text) {
-    return parsePlan(text, [](int) -> std::shared_ptr<Plan> { return nullptr; });
+// The q-point plans of the Rader forms.  A forward Rader block transforms
+// its permuted samples by the first column, passes in the order given; an
+// inverse one ends in a q-point inverse, so its network holds that plan
+// reversed (second column), as the inverse lengths do.  The real DFT has no
+// forward 11-point Rader block; the Hartley transform has.
+struct RaderRow {
+    const char* samples;
+    const char* network;
+};
+
+const std::map<int, RaderRow>& raderTable() {
+    static const std::map<int, RaderRow> rows = {
+        {11, {"5dx2", "5dx2"}},
+        {13, {"3dx4", "4x3d"}},
+        {17, {"4.4", "4.4"}},
+        {19, {"(3d.3d)x2", "(3d.3d)x2"}},
+        {23, {"2x11d", "2x11r"}},
+        {29, {"7dx4", "4x7d"}},
+        {31, {"(3dx2)x5d", "5dx(3dx2)"}},
+        {37, {"4x(3d.3d)", "4x(3d.3d)"}},
+        {41, {"5dx(2.4)", "(2.4)x5d"}},
+        {43, {"(2x7d)x3d", "7dx(2x3d)"}},
+        {47, {"23rx2", "2x23r"}},
+        {53, {"4x13r", "4x13r"}},
+        {59, {"29rx2", "29rx2"}},
+        {61, {"(3dx5d)x4", "5dx(3dx4)"}},
+    };
+    return rows;
+}
+
+// Whether a plan is part of a forward transform, or of a network that an
+// inverse transposes.  A Rader block's inverse blocks are transposed
+// networks: the roles alternate from one level to the next.
+enum class Role { Forward, Network };
+
+std::shared_ptr<Plan> parse(const std::string& text, Role role);
+
+// Fills in the plans of every Rader block of a tree: its q-point transform
+// in the same role, and its inverse blocks (length h, and length q for the
+// odd frequencies of an even h) as networks of the other role.
+void resolveRader(Plan& plan, Role role) {
+    if (plan.kind != Plan::Kind::Rader) {
+        if (plan.first) resolveRader(*plan.first, role);
+        if (plan.second) resolveRader(*plan.second, role);
+        return;
+    }
+    const int p = plan.n, q = p - 1, h = q / 2;
+    const RaderRow& row = raderTable().at(p);
+    plan.first = parse(role == Role::Forward ? row.samples : row.network, role);
+    const Role blocks = role == Role::Forward ? Role::Network : Role::Forward;
+    auto blockPlan = [&](int n) { return parse(blocks == Role::Network ? rowOf(n).inverse : rowOf(n).forward, blocks); };
+    plan.second = blockPlan(h);
+    if (h % 2 == 0) plan.oddBins = blockPlan(q);
+}
+
+std::shared_ptr<Plan> parse(const std::string& text, Role role) {
+    auto plan = parsePlan(text, [](int) -> std::shared_ptr<Plan> { return nullptr; });
+    resolveRader(*plan, role);
+    return plan;
 }
 
 }  // namespace
 
 std::string realForwardPlanText(int n) { return rowOf(n).forward; }
 std::string realInversePlanText(int n) { return rowOf(n).inverse; }
-std::shared_ptr<Plan> realForwardPlan(int n) { return parse(realForwardPlanText(n)); }
-std::shared_ptr<Plan> realInversePlan(int n) { return parse(realInversePlanText(n)); }
-
-bool holdsRader(const Plan& plan) {
-    if (plan.kind == Plan::Kind::Rader) return true;
-    return (plan.first && holdsRader(*plan.first)) || (plan.second && holdsRader(*plan.second));
-}
+std::shared_ptr<Plan> realForwardPlan(int n) { return parse(realForwardPlanText(n), Role::Forward); }
+std::shared_ptr<Plan> realInversePlan(int n) { return parse(realInversePlanText(n), Role::Network); }
+std::shared_ptr<Plan> realPlan(const std::string& text) { return parse(text, Role::Forward); }
 
 }  // namespace gen

@@ -15,8 +15,8 @@ std::string realInversePlanText(int n);
 
 std::shared_ptr<Plan> realForwardPlan(int n);
 std::shared_ptr<Plan> realInversePlan(int n);
-
-// Whether a plan holds a Rader block.
-bool holdsRader(const Plan& plan);
+// A forward plan in the notation, its Rader blocks resolved as in the real
+// family.
+std::shared_ptr<Plan> realPlan(const std::string& text);
 
 }  // namespace gen

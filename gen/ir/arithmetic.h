@@ -54,6 +54,8 @@ public:
     // Whether a value is known to be j-real, and its j-conjugate: only pair
     // values have a j.
     virtual bool isReal(const Ref&) const { return false; }
+    // Whether single values are multiplied in double (the tvk32f rule).
+    virtual bool mixedPrecision() const { return false; }
     virtual Ref conjugate(const Ref&) { throw std::logic_error("no j to conjugate"); }
 
     // Multiplies every value of a signal by its constant (ones are skipped).

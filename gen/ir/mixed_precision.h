@@ -15,6 +15,8 @@ class MixedPrecision : public ValueArithmetic {
 public:
     explicit MixedPrecision(Graph& g) : g_(g) {}
 
+    bool mixedPrecision() const override { return true; }
+    Graph& graph() { return g_; }
     int zero() override { return g_.zero(); }
     bool isZero(int v) const override { return g_.isZero(v); }
     int add(int a, int b) override;

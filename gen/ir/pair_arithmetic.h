@@ -23,6 +23,8 @@ public:
     // A parent value as R + j0, and R + jI.
     int lift(int parentValue) { return make(parentValue, parent_.zero()); }
     int make(int r, int i);
+    Arithmetic& parent() { return parent_; }
+    bool mixedPrecision() const override { return parent_.mixedPrecision(); }
     int re(int v) const { return values_[v].first; }
     int im(int v) const { return values_[v].second; }
     // R - jI

@@ -26,6 +26,8 @@ TEST(RealLengthSwitch, RejectsBadLengthBeforeAnythingElse) {
         });
 }
 
+TEST(RealExports, EveryLengthOfEverySet) { EXPECT_EQ(builtCases().size(), 2u * 63u); }
+
 class RealContract : public testing::TestWithParam<Case> {};
 
 // Null pointers before the flag, and nothing written on any failure, through

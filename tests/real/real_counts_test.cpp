@@ -7,7 +7,6 @@
 
 #include <fstream>
 #include <map>
-#include <set>
 #include <sstream>
 #include <string>
 
@@ -151,31 +150,63 @@ constexpr Row kInverse[] = {
     {64, 260, 400, 134, 56, 78, 78},
 };
 
-// Codelets whose counts differ from their row, and why.  The name is that of
-// the CCS body; Pack and Perm have the same counts.
-const std::string kNineBlocks =
-    "the inverse is the transpose of the forward network, and each real 9-point Cooley-Tukey block keeps its "
-    "two products by 0.5 on doubled bins: 2 more multiplications per block than the table (27 and 54: 10 per "
-    "27-point block)";
-const std::string kRadixFour =
+// Codelets whose counts differ from their row, and why.  Pack and Perm have
+// the counts of CCS.  Each still keeps its multiplications and additions
+// within kTolerance of the row.
+enum class Types { Both, Single };
+struct Mismatch {
+    bool inverse;
+    int n;
+    Types types;
+    const char* why;
+};
+
+constexpr double kTolerance = 0.12;
+
+constexpr const char* kNineBlocks =
+    "the inverse is the transpose of the forward network, and each real 9-point Cooley-Tukey block keeps its two "
+    "products by 0.5 on doubled bins: 2 more multiplications per block than the table (10 per 27-point block)";
+constexpr const char* kRadixFour =
     "the inverse is the transposed radix-4 network of the forward, not the table's split radix: 2 more "
     "multiplications and additions at 32, 2 fewer at 64";
-const std::string kFortyEight =
-    "the transposed network of 3-point blocks then 16-point blocks takes 4 multiplications and 4 additions "
-    "fewer than the table";
-const std::map<std::string, std::string> kKnownMismatches = {
-    {"tvkgDFTInv_CCSToR_9_32f", kNineBlocks},  {"tvkgDFTInv_CCSToR_9_64f", kNineBlocks},
-    {"tvkgDFTInv_CCSToR_18_32f", kNineBlocks}, {"tvkgDFTInv_CCSToR_18_64f", kNineBlocks},
-    {"tvkgDFTInv_CCSToR_27_32f", kNineBlocks}, {"tvkgDFTInv_CCSToR_27_64f", kNineBlocks},
-    {"tvkgDFTInv_CCSToR_36_32f", kNineBlocks}, {"tvkgDFTInv_CCSToR_36_64f", kNineBlocks},
-    {"tvkgDFTInv_CCSToR_45_32f", kNineBlocks}, {"tvkgDFTInv_CCSToR_45_64f", kNineBlocks},
-    {"tvkgDFTInv_CCSToR_54_32f", kNineBlocks}, {"tvkgDFTInv_CCSToR_54_64f", kNineBlocks},
-    {"tvkgDFTInv_CCSToR_63_32f", kNineBlocks}, {"tvkgDFTInv_CCSToR_63_64f", kNineBlocks},
-    {"tvkgDFTInv_CCSToR_32_32f", kRadixFour},  {"tvkgDFTInv_CCSToR_32_64f", kRadixFour},
-    {"tvkgDFTInv_CCSToR_64_32f", kRadixFour},  {"tvkgDFTInv_CCSToR_64_64f", kRadixFour},
-    {"tvkgDFTInv_CCSToR_48_32f", kFortyEight},
-    {"tvkgDFTInv_CCSToR_48_64f", kFortyEight},
+constexpr const char* kFortyEight =
+    "the transposed network of 3-point blocks then 16-point blocks takes 4 multiplications and 4 additions fewer "
+    "than the table";
+constexpr const char* kRader =
+    "a Rader block: its inverse blocks are transposed forward networks, so sums are grouped otherwise than in the "
+    "table, kernel constants stay apart from the first products they meet, and for an even q/2 the odd "
+    "frequencies come from the transposed odd bins of a q-point transform of zero-padded values; the table's "
+    "counts are a guide there";
+constexpr const char* kRaderPrecision =
+    "a Rader block with the operations of the table, but a few of its sums are formed in single rather than "
+    "double precision, rounded at other places (tvk32f only)";
+
+constexpr Mismatch kKnownMismatches[] = {
+    {false, 13, Types::Both, kRader},  {false, 19, Types::Both, kRader},  {false, 26, Types::Both, kRader},
+    {false, 29, Types::Both, kRader},  {false, 31, Types::Both, kRader},  {false, 37, Types::Both, kRader},
+    {false, 38, Types::Both, kRader},  {false, 39, Types::Both, kRader},  {false, 41, Types::Both, kRader},
+    {false, 43, Types::Both, kRader},  {false, 46, Types::Single, kRaderPrecision},
+    {false, 47, Types::Both, kRader},  {false, 52, Types::Both, kRader},  {false, 53, Types::Both, kRader},
+    {false, 57, Types::Both, kRader},  {false, 58, Types::Both, kRader},  {false, 59, Types::Both, kRader},
+    {false, 61, Types::Both, kRader},  {false, 62, Types::Both, kRader},
+    {true, 9, Types::Both, kNineBlocks},  {true, 13, Types::Both, kRader},  {true, 17, Types::Both, kRader},
+    {true, 18, Types::Both, kNineBlocks}, {true, 19, Types::Both, kRader},  {true, 22, Types::Single, kRaderPrecision},
+    {true, 23, Types::Both, kRader},      {true, 26, Types::Both, kRader},  {true, 27, Types::Both, kNineBlocks},
+    {true, 29, Types::Both, kRader},      {true, 32, Types::Both, kRadixFour}, {true, 34, Types::Both, kRader},
+    {true, 36, Types::Both, kNineBlocks}, {true, 37, Types::Both, kRader},  {true, 38, Types::Both, kRader},
+    {true, 39, Types::Both, kRader},      {true, 41, Types::Both, kRader},  {true, 43, Types::Both, kRader},
+    {true, 45, Types::Both, kNineBlocks}, {true, 46, Types::Both, kRader},  {true, 47, Types::Both, kRader},
+    {true, 48, Types::Both, kFortyEight}, {true, 52, Types::Both, kRader},  {true, 53, Types::Both, kRader},
+    {true, 54, Types::Both, kNineBlocks}, {true, 57, Types::Both, kRader},  {true, 58, Types::Both, kRader},
+    {true, 59, Types::Both, kRader},      {true, 61, Types::Both, kRader},  {true, 62, Types::Single, kRaderPrecision},
+    {true, 63, Types::Both, kNineBlocks}, {true, 64, Types::Both, kRadixFour},
 };
+
+const Mismatch* knownMismatch(bool inverse, int n, bool single) {
+    for (const Mismatch& m : kKnownMismatches)
+        if (m.inverse == inverse && m.n == n && (m.types == Types::Both || single)) return &m;
+    return nullptr;
+}
 
 struct Counted {
     int additions, multiplications, doubleMultiplications, doubleAdditions, widenings, narrowings;
@@ -214,17 +245,16 @@ std::string countedText(const Counted& c, bool single) {
 
 TEST(RealOperationCounts, MatchThePlanTables) {
     const auto counts = readCounts();
-    std::set<std::string> mismatching;
     int compared = 0;
     for (bool inverse : {false, true})
         for (const Row& row : inverse ? kInverse : kForward)
-            for (const char* layout : {"CCS", "Pack", "Perm"})
-                for (bool single : {true, false}) {
-                    const std::string stem = inverse ? std::string("tvkgDFTInv_") + layout + "ToR"
-                                                     : std::string("tvkgDFTFwd_RTo") + layout;
-                    const std::string suffix = std::string("_") + std::to_string(row.n) + (single ? "_32f" : "_64f");
-                    const auto it = counts.find(stem + suffix);
-                    if (it == counts.end()) continue;  // not built
+            for (bool single : {true, false})
+                for (const char* layout : {"CCS", "Pack", "Perm"}) {
+                    const std::string name = (inverse ? std::string("tvkgDFTInv_") + layout + "ToR"
+                                                      : std::string("tvkgDFTFwd_RTo") + layout) +
+                                             "_" + std::to_string(row.n) + (single ? "_32f" : "_64f");
+                    const auto it = counts.find(name);
+                    ASSERT_NE(it, counts.end()) << name << " has no counts";
                     ++compared;
                     const Counted& c = it->second;
                     bool same = c.multiplications == row.multiplications && c.additions == row.additions;
@@ -232,16 +262,17 @@ TEST(RealOperationCounts, MatchThePlanTables) {
                         same = same && c.doubleMultiplications == row.doubleMultiplications &&
                                c.doubleAdditions == row.doubleAdditions && c.widenings == row.widenings &&
                                c.narrowings == row.narrowings;
-                    const std::string ccsName = (inverse ? "tvkgDFTInv_CCSToR" : "tvkgDFTFwd_RToCCS") + suffix;
-                    const bool known = kKnownMismatches.count(ccsName) > 0;
-                    if (!same) mismatching.insert(ccsName);
+                    const Mismatch* known = knownMismatch(inverse, row.n, single);
                     if (!same && !known)
-                        ADD_FAILURE() << stem + suffix << ": " << countedText(c, single) << ", table "
-                                      << rowText(row, single);
+                        ADD_FAILURE() << name << ": " << countedText(c, single) << ", table " << rowText(row, single);
+                    if (known && same)
+                        ADD_FAILURE() << name << " now matches its row: take it off the list (" << known->why << ")";
+                    if (known) {
+                        EXPECT_NEAR(c.multiplications, row.multiplications, kTolerance * row.multiplications) << name;
+                        EXPECT_NEAR(c.additions, row.additions, kTolerance * row.additions) << name;
+                    }
                 }
-    EXPECT_GT(compared, 0) << "no real DFT Codelet in the counts";
-    for (const auto& [name, why] : kKnownMismatches)
-        EXPECT_TRUE(mismatching.count(name)) << name << " now matches its row: take it off the list (" << why << ")";
+    EXPECT_EQ(compared, 2 * 63 * 2 * 3);
 }
 
 }  // namespace

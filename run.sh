@@ -13,8 +13,14 @@ echo
 echo "==== demo: complex DFT ===="
 build/examples/tvkgen-demo
 echo
+echo "==== example: real DFT and Hartley ===="
+build/examples/tvkgen-real_dft
+echo
 echo "==== example: Walsh-Hadamard ===="
 build/examples/tvkgen-walsh_hadamard
 echo
 echo "==== quick speed table: ours against FFTW ===="
 build/bench/tvkgen-bench-dft --quick
+echo
+echo "==== quick speed table: real DFT and Hartley against FFTW ===="
+build/bench/tvkgen-bench-real --quick

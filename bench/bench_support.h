@@ -93,6 +93,7 @@ inline double measuredClockGHz() {
 
 struct OpCounts {
     long additions = 0, multiplications = 0;
+    long conversions = 0;  // widenings and narrowings of a tvk32f body that carries products in double
 };
 
 // The path of opcounts.tsv: the value of a --opcounts=FILE argument, which is
@@ -117,10 +118,11 @@ inline std::string takeOpCountsPath(int& argc, char** argv) {
     return dir.substr(0, dir.rfind('/') + 1) + "opcounts.tsv";
 }
 
-// Real additions and multiplications of each Codelet by exported name, from
-// the generator's table (a header line, then codelet, plan, additions,
-// multiplications, and perhaps more columns, separated by tabs).  Empty when
-// the file can't be read.
+// Real additions, multiplications and conversions of each Codelet by
+// exported name, from the generator's table (a header line, then codelet,
+// plan, additions, multiplications, complex products, double
+// multiplications, double additions, widenings, narrowings, separated by
+// tabs).  Empty when the file can't be read.
 inline std::map<std::string, OpCounts> readOpCounts(const std::string& path) {
     std::map<std::string, OpCounts> counts;
     std::ifstream file(path);
@@ -130,11 +132,37 @@ inline std::map<std::string, OpCounts> readOpCounts(const std::string& path) {
         std::istringstream fields(line);
         std::string codelet, plan;
         OpCounts c;
-        if (std::getline(fields, codelet, '\t') && std::getline(fields, plan, '\t') &&
-            fields >> c.additions >> c.multiplications)
-            counts[codelet] = c;
+        long complexProducts, doubleMultiplications, doubleAdditions, widenings, narrowings;
+        if (!std::getline(fields, codelet, '\t') || !std::getline(fields, plan, '\t') ||
+            !(fields >> c.additions >> c.multiplications))
+            continue;
+        if (fields >> complexProducts >> doubleMultiplications >> doubleAdditions >> widenings >> narrowings)
+            c.conversions = widenings + narrowings;
+        counts[codelet] = c;
     }
     return counts;
+}
+
+// ns of one conversion between single and double (cvtss2sd, cvtsd2ss) when
+// many independent ones follow each other: eight registers in turn, each
+// conversion waiting only for the one eight before it.  The best of five.
+inline double measuredConversionNs() {
+    constexpr long kRounds = 10'000'000;
+    double best = 1e9;
+    for (int trial = 0; trial < 5; ++trial) {
+        const auto start = std::chrono::steady_clock::now();
+        for (long i = 0; i < kRounds; ++i)
+            asm volatile(
+                "cvtss2sd %%xmm0, %%xmm1\n\tcvtsd2ss %%xmm0, %%xmm2\n\tcvtss2sd %%xmm0, %%xmm3\n\t"
+                "cvtsd2ss %%xmm0, %%xmm4\n\tcvtss2sd %%xmm0, %%xmm5\n\tcvtsd2ss %%xmm0, %%xmm6\n\t"
+                "cvtss2sd %%xmm0, %%xmm7\n\tcvtsd2ss %%xmm0, %%xmm8"
+                :
+                :
+                : "xmm1", "xmm2", "xmm3", "xmm4", "xmm5", "xmm6", "xmm7", "xmm8");
+        const double ns = std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count();
+        best = std::min(best, ns / (8.0 * kRounds));
+    }
+    return best;
 }
 
 // ---- the bound ----------------------------------------------------------------------
@@ -145,6 +173,12 @@ inline std::map<std::string, OpCounts> readOpCounts(const std::string& path) {
 // on two addition and two multiplication pipes, at `ghz`.
 inline double boundNs(const OpCounts& ops, int lanes, double ghz) {
     return static_cast<double>(std::max(ops.additions, ops.multiplications)) / (lanes * 2.0) / ghz;
+}
+
+// The same for a scalar body that also converts between single and double,
+// each conversion taking `conversionNs` of the pipes it shares.
+inline double scalarBoundNs(const OpCounts& ops, double ghz, double conversionNs) {
+    return std::max(boundNs(ops, 1, ghz), static_cast<double>(ops.conversions) * conversionNs);
 }
 
 // The lines that explain the bound column, for the head of a results table.

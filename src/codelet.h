@@ -62,6 +62,13 @@ inline void store(void* base, int k, T v) {
     __builtin_memcpy(static_cast<char*>(base) + k * sizeof(T), &v, sizeof v);
 }
 
+// The real part of element k of a complex array, as a pointer: arithmetic
+// on the address only, no access, so any alignment of the array will do.
+template <class C>
+inline auto partsAt(C* p, int k) -> decltype(&p->re) {
+    return reinterpret_cast<decltype(&p->re)>(p) + 2 * k;
+}
+
 // Memory forms.  Elementwise bodies touch single values and need none.
 struct Elementwise {};
 
@@ -70,12 +77,15 @@ struct Aligned64 {
     static void store(double* p, __m128d v) { _mm_store_pd(p, v); }
 };
 
-// Two 8-byte halves per element: the same arithmetic on any address.
+// Two 8-byte halves per element: the same arithmetic on any address.  The
+// low half of a load is a copy and the stores are the 64-bit moves of the
+// single-precision set, since _mm_load_sd and _mm_storel_pd / _mm_storeh_pd
+// go through a double lvalue, which an odd address does not allow.
 struct Unaligned64 {
-    static __m128d load(const double* p) { return _mm_loadh_pd(_mm_load_sd(p), p + 1); }
+    static __m128d load(const double* p) { return _mm_loadh_pd(_mm_set_sd(tvk::load<double>(p, 0)), p + 1); }
     static void store(double* p, __m128d v) {
-        _mm_storel_pd(p, v);
-        _mm_storeh_pd(p + 1, v);
+        _mm_storel_pi(reinterpret_cast<__m64*>(p), _mm_castpd_ps(v));
+        _mm_storeh_pi(reinterpret_cast<__m64*>(p + 1), _mm_castpd_ps(v));
     }
 };
 

@@ -146,6 +146,40 @@ TEST(Schedule, LongBodiesSpillLittle) {
     }
 }
 
+// The stack a body uses, in bytes: what it subtracts from %rsp plus the part
+// of the red zone below %rsp that it touches.
+size_t stackBytes(const std::string& body) {
+    long frame = 0, below = 0;
+    size_t instructions = 0;
+    const std::regex subtract(R"(sub\s+\$0x([0-9a-f]+),%rsp)"), access(R"((-?)0x([0-9a-f]+)\(%rsp\))");
+    for (const auto& line : commandOutputLines("objdump -d --no-show-raw-insn --disassemble=" + body + " " +
+                                               TVKTEST_LIBRARY)) {
+        const auto tab = line.find('\t');
+        if (tab == std::string::npos || line.find(':') > tab) continue;
+        ++instructions;
+        std::smatch m;
+        if (std::regex_search(line, m, subtract)) frame = std::max(frame, std::stol(m[1].str(), nullptr, 16));
+        if (std::regex_search(line, m, access) && m[1].str() == "-")
+            below = std::max(below, std::stol(m[2].str(), nullptr, 16));
+    }
+    EXPECT_GT(instructions, 100u) << body << ": objdump gave no code";
+    return static_cast<size_t>(frame + below);
+}
+
+// The longest scalar bodies, the nested Rader forms of 47 and 59 and the
+// Rader form of 61, keep their intermediate values in a little over 1 KB of
+// stack at most.
+TEST(Schedule, LongScalarBodiesUseLittleStack) {
+    for (const char* stem : {"u8_tvkgDFTFwd_RToCCS_", "u8_tvkgDFTInv_CCSToR_", "u8_tvkgHartley_"})
+        for (const char* length : {"47", "59", "61"})
+            for (const char* type : {"_32f", "_64f"}) {
+                const std::string body = std::string(stem) + length + type;
+                const size_t bytes = stackBytes(body);
+                EXPECT_LE(bytes, 1152u) << body;
+                std::printf("%s: %zu bytes of stack\n", body.c_str(), bytes);
+            }
+}
+
 // ---- operation counts ------------------------------------------------------------
 
 struct Count {

@@ -50,7 +50,7 @@ std::string emitInterleaved(const Graph& g) {
         const Node& n = g.node(id);
         std::string expr;
         switch (n.op) {
-            case Op::Input: expr = "M::load(&src[" + std::to_string(n.element[0]) + "].re)"; break;
+            case Op::Input: expr = "M::load(tvk::partsAt(src, " + std::to_string(n.element[0]) + "))"; break;
             case Op::Zero: expr = "_mm_setzero_pd()"; break;
             case Op::Add: expr = "_mm_add_pd(" + name(n.a) + ", " + name(n.b) + ")"; break;
             case Op::Sub: expr = "_mm_sub_pd(" + name(n.a) + ", " + name(n.b) + ")"; break;
@@ -60,7 +60,7 @@ std::string emitInterleaved(const Graph& g) {
         out << "    const __m128d " << name(id) << " = " << expr << ";\n";
         for (size_t k = 0; k < res.size(); ++k)
             if (storeAt[k] == static_cast<int>(i))
-                out << "    M::store(&dst[" << k << "].re, _mm_mul_pd(" << name(res[k].node) << ", scale));\n";
+                out << "    M::store(tvk::partsAt(dst, " << k << "), _mm_mul_pd(" << name(res[k].node) << ", scale));\n";
     }
     return out.str();
 }

@@ -110,7 +110,8 @@ private:
     // Two complex source elements in one vector: (a.re, a.im, b.re, b.im);
     // -1 leaves that half zero.
     std::string loadPair(int a, int b) {
-        if (a >= 0 && b == a + 1) return define((a % 2 ? "_mm_loadu_ps(&src[" : "M::load(&src[") + std::to_string(a) + "].re)");
+        if (a >= 0 && b == a + 1)
+            return define((a % 2 ? "_mm_loadu_ps(tvk::partsAt(src, " : "M::load(tvk::partsAt(src, ") + std::to_string(a) + "))");
         std::string v = "_mm_setzero_ps()";
         if (a >= 0) v = define("tvk::loadLow(" + v + ", &src[" + std::to_string(a) + "])");
         if (b >= 0) v = define("tvk::loadHigh(" + v + ", &src[" + std::to_string(b) + "])");
@@ -244,7 +245,9 @@ private:
         const Ref r = g_.outputs()[st.k];
         const std::string at = "&dst[" + std::to_string(st.k) + "]";
         const std::string v = result(r.node, r.lane >= 2);
-        if (st.pair) out_ << "    " << (st.k % 2 ? "_mm_storeu_ps(" : "M::store(") << at << ".re, " << v << ");\n";
+        if (st.pair)
+            out_ << "    " << (st.k % 2 ? "_mm_storeu_ps(" : "M::store(") << "tvk::partsAt(dst, " << st.k << "), " << v
+                 << ");\n";
         else out_ << "    " << (r.lane % 2 ? "tvk::storeHigh(" : "tvk::storeLow(") << at << ", " << v << ");\n";
     }
 

@@ -157,8 +157,9 @@ std::string scalarBody(int m, const Type& t) {
     std::ostringstream s;
     s << "TVK_BODY void body(const " << t.elem() << "* src, " << t.elem() << "* dst, " << t.elem() << " s) {\n";
     StageWriter(
-        s, 1, [&](int i) { return "    " + t.elem() + " " + v(i) + " = src[" + std::to_string(i) + "];\n"; },
-        [&](int i) { return "    dst[" + std::to_string(i) + "] = " + v(i) + " * s;\n"; })
+        s, 1,
+        [&](int i) { return "    " + t.elem() + " " + v(i) + " = tvk::load<" + t.elem() + ">(src, " + std::to_string(i) + ");\n"; },
+        [&](int i) { return "    tvk::store(dst, " + std::to_string(i) + ", " + v(i) + " * s);\n"; })
         .write(1 << m);
     s << "}\n";
     return s.str();

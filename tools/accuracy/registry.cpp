@@ -5,6 +5,8 @@
 
 #define TVKACCURACY_FAMILIES(X)         \
     X(complexDft, "Complex DFT")        \
+    X(realDft, "Real DFT")              \
+    X(hartley, "Hartley")               \
     X(walshHadamard, "Walsh-Hadamard, N = 2^order")
 
 namespace tvkaccuracy {

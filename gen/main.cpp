@@ -42,7 +42,7 @@ int main(int argc, char** argv) {
         out.write("opcounts.tsv", counts.str());
         gen::writeWalshHadamard(out, shards);
         gen::writeExports(out, {gen::Family::ComplexDft, gen::Family::RealDft, gen::Family::Hartley,
-                                gen::Family::WalshHadamard, gen::Family::Version});
+                                gen::Family::WalshHadamard, gen::Family::Dct4, gen::Family::Version});
     } catch (const std::exception& e) {
         std::cerr << "tvkgen-codegen: " << e.what() << '\n';
         return 1;

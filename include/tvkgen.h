@@ -193,6 +193,41 @@ tvkStatus tvkgWHT_64f(const tvk64f* src, tvk64f* dst, int32_t order, int32_t fla
 tvkStatus tvkgWHTGetBufferSize_32f(int32_t order, int32_t* size);
 tvkStatus tvkgWHTGetBufferSize_64f(int32_t order, int32_t* size);
 
+/* ---- DCT-IV, power-of-two lengths 2 to 2^26 (tvk32f) or 2^25 (tvk64f) ----------
+ * y[k] = sum_j x[j] * cos(pi * (2j + 1) * (2k + 1) / (4n)), k = 0 .. n-1.
+ * No scale: applying it twice gives n/2 times the input.
+ *
+ * A context lives in one block that the caller owns: ask its size with
+ * GetSize, pass a block of at least that many bytes (any alignment) to Init,
+ * transform as often as needed, then drop the block; or let InitAlloc take
+ * the block from tvkMalloc and release it with Free.  A context holds
+ * pointers into its block and can't be moved or copied.  Lengths 2 to 32
+ * never write their context, so threads may share one; longer lengths keep
+ * scratch in it, so each thread needs its own.  src and dst may be the same
+ * array and need no alignment.
+ *
+ * GetSize: a null pSize gives StatusNullPtr, then a bad length StatusSize;
+ * *pSize is written only on success.  Init: StatusNullPtr for a null ppSpec
+ * or block, StatusSize for a bad length with *ppSpec untouched.  InitAlloc:
+ * StatusNullPtr for a null ppSpec or when no memory was had, StatusSize for a
+ * bad length (nothing allocated).  DCT4: StatusNullPtr if any pointer is null,
+ * StatusBadArg for a record that is no context.  Free: StatusNullPtr for null.
+ * Lengths 2^k + 1 (k >= 5 for tvk32f, k >= 3 for tvk64f) are accepted and run,
+ * but their results are not a DCT-IV.
+ */
+typedef struct DCT4Spec DCT4Spec;
+
+tvkStatus tvkgDCT4GetSize_32f(int32_t len, int32_t* pSize);
+tvkStatus tvkgDCT4GetSize_64f(int32_t len, int32_t* pSize);
+tvkStatus tvkgDCT4Init_32f(DCT4Spec** ppSpec, int32_t len, uint8_t* pBlock);
+tvkStatus tvkgDCT4Init_64f(DCT4Spec** ppSpec, int32_t len, uint8_t* pBlock);
+tvkStatus tvkgDCT4InitAlloc_32f(DCT4Spec** ppSpec, int32_t len);
+tvkStatus tvkgDCT4InitAlloc_64f(DCT4Spec** ppSpec, int32_t len);
+tvkStatus tvkgDCT4_32f(const tvk32f* pSrc, tvk32f* pDst, const DCT4Spec* pSpec);
+tvkStatus tvkgDCT4_64f(const tvk64f* pSrc, tvk64f* pDst, const DCT4Spec* pSpec);
+tvkStatus tvkgDCT4Free_32f(DCT4Spec* pSpec);
+tvkStatus tvkgDCT4Free_64f(DCT4Spec* pSpec);
+
 #ifdef __cplusplus
 }
 #endif

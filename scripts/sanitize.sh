@@ -12,4 +12,7 @@ cmake -S . -B build-asan -G Ninja -DCMAKE_BUILD_TYPE=Release -DTVKGEN_SANITIZE=O
 ninja -C build-asan -j"$(nproc)"
 export ASAN_OPTIONS=halt_on_error=1:detect_leaks=1:detect_stack_use_after_return=1:check_initialization_order=1
 export UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1
-exec ctest --test-dir build-asan --output-on-failure -j"$(nproc)" "$@"
+# The Schedule tests measure the machine code of the bodies (stack frames,
+# spills), which the sanitizers' instrumentation enlarges: they hold for the
+# plain build only.
+exec ctest --test-dir build-asan --output-on-failure -j"$(nproc)" -E '^Schedule\.' "$@"

@@ -194,11 +194,15 @@ TEST(FloatingPointEnvironment, TheScaleComesAfterTheSumsSoAResultInRangeCanOverf
     ASSERT_EQ(tvkgDFTInv_CToC_2_64fc(x64, y64, ScaleDivInvByN), StatusOk);
     EXPECT_TRUE(std::isinf(y64[0].re));
 
-    const float w[2] = {big32, big32};
-    float v[2];
+    const float w[8] = {big32, big32, big32, big32, big32, big32, big32, big32};
+    float v[10];
     ASSERT_EQ(tvkgWHT_1_32f(w, v, ScaleDivFwdByN, nullptr), StatusOk);
     EXPECT_TRUE(std::isinf(v[0]));
     EXPECT_EQ(v[1], 0.0f);
+    ASSERT_EQ(tvkgHartley_8_32f(w, v, ScaleDivFwdByN), StatusOk);
+    EXPECT_TRUE(std::isinf(v[0]));
+    ASSERT_EQ(tvkgDFTFwd_RToCCS_7_32f(w, v, ScaleDivFwdByN), StatusOk);
+    EXPECT_TRUE(std::isinf(v[0]));
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // How far past the end of the source each Codelet of the complex DFT, the
-// real DFT and Walsh-Hadamard reads today, measured and printed.  With
+// real DFT, Hartley and Walsh-Hadamard reads today, measured and printed.  With
 // hardware watchpoints on the 32 bytes behind the source, where the system
 // allows them, the measure is exact to 8 bytes on both paths.  Otherwise it
 // is taken against a guard page: exact on the unaligned path (the source can
@@ -104,8 +104,8 @@ std::string describe(const Reach& r) {
 
 // Measures one Codelet, checks the contract and adds a line to `report` if
 // it reads past its source at all.  A two-path Codelet is measured on each
-// path; a single-path one (the scalar real DFT bodies) once, since alignment
-// selects nothing there.
+// path; a single-path one (the scalar real DFT and Hartley bodies) once,
+// since alignment selects nothing there.
 template <class Call>
 void measureCodelet(const std::string& name, bool single, bool complex, int n, size_t bytes, size_t dstBytes,
                     Call call, std::string& report, bool twoPaths = true) {
@@ -211,6 +211,26 @@ TEST(ReadsPastSource, RealDftNever) {
     realDftNever<float>(report);
     realDftNever<double>(report);
     printReport("real DFT", report);
+}
+
+// Hartley through its switches: N reals in, N out.
+TEST(ReadsPastSource, HartleyNever) {
+    std::string report;
+    for (int n = kMinLen; n <= kMaxLen; ++n) {
+        measureCodelet("tvkgHartley_" + std::to_string(n) + "_32f", true, false, n, 4 * n, 4 * n,
+                       [&](const unsigned char* s, unsigned char* d) {
+                           tvkgHartley_32f(reinterpret_cast<const float*>(s), reinterpret_cast<float*>(d), n,
+                                           ScaleNoDiv);
+                       },
+                       report, /*twoPaths=*/false);
+        measureCodelet("tvkgHartley_" + std::to_string(n) + "_64f", false, false, n, 8 * n, 8 * n,
+                       [&](const unsigned char* s, unsigned char* d) {
+                           tvkgHartley_64f(reinterpret_cast<const double*>(s), reinterpret_cast<double*>(d), n,
+                                           ScaleNoDiv);
+                       },
+                       report, /*twoPaths=*/false);
+    }
+    printReport("Hartley", report);
 }
 
 // Through the order switches, which hand on to the Codelets unchanged.

@@ -144,11 +144,12 @@ void writeFamily(FILE* out, const char* title, const std::vector<Measured>& rows
     }
 }
 
-void writeHeader(FILE* out, const Options& o, size_t count) {
+void writeHeader(FILE* out, const Options& o, size_t count, const std::string& titles) {
     std::fprintf(out,
-                 "# Accuracy of every Codelet\n\n"
+                 "# Accuracy of the Codelets\n\n"
                  "Written by `tvkgen-accuracy` (`cmake --build build --target accuracy-table`);\n"
-                 "do not edit by hand. %zu Codelets, %d random inputs each.\n\n"
+                 "do not edit by hand.\n\n"
+                 "Families: %s; %zu Codelets, %d random inputs each.\n\n"
                  "For each Codelet, %d inputs of values drawn uniformly from [-1, 1) with fixed\n"
                  "seeds, and rounded to the Codelet's type, are transformed with `ScaleNoDiv`.\n"
                  "The same transform of the same rounded values is computed in long double\n"
@@ -162,7 +163,7 @@ void writeHeader(FILE* out, const Options& o, size_t count) {
                  "The other scale flags multiply each output once more, which adds at most\n"
                  "half an epsilon of that output. The results depend only on the library's\n"
                  "code, not on the machine that runs the command.\n",
-                 count, o.trials, o.trials);
+                 titles.c_str(), count, o.trials, o.trials);
 }
 
 }  // namespace
@@ -208,7 +209,14 @@ int main(int argc, char** argv) {
         std::perror(options.output.c_str());
         return 1;
     }
-    writeHeader(out, options, count);
+    std::string titles;
+    for (const auto& f : results) {
+        if (f.measured.empty()) continue;
+        std::string title = f.title;
+        title = title.substr(0, title.find(','));  // the family's name, without notes
+        titles += (titles.empty() ? "" : ", ") + title;
+    }
+    writeHeader(out, options, count, titles);
     for (const auto& f : results)
         if (!f.measured.empty()) writeFamily(out, f.title, f.measured);
     if (out != stdout) std::fclose(out);

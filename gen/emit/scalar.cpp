@@ -5,7 +5,7 @@
 // - lanes (the DCT-IV kernels): every variable a vector V of independent
 //   transforms, one per lane; inputs and outputs are numbered slots that the
 //   caller's accessors in(Index<k>{}) and out(Index<k>{}, value) map to
-//   memory.
+//   memory, inputs and outputs never overlapping.
 // Signs are carried on the variables and folded into the next addition, or
 // into the store as a flip of the sign bit.  Nodes are written in the order
 // of the schedule, and each output is stored once its value is ready and the
@@ -35,7 +35,11 @@ public:
         std::vector<int> storedNodes;
         for (const Ref& r : out) storedNodes.push_back(r.isZero() ? -1 : r.node);
         const std::vector<int> order = scheduleNodes(g_);
-        const std::vector<int> storeAt = storePositions(g_, order, storedNodes);
+        // A body may be called in place, so it stores once every element is
+        // loaded; a kernel's outputs never overlap its inputs and leave as
+        // soon as they are ready.
+        const std::vector<int> storeAt =
+            lanes_ ? readyPositions(order, storedNodes) : storePositions(g_, order, storedNodes);
         findOnlyNegated(order);
         for (int i = -1; i < static_cast<int>(order.size()); ++i) {
             if (i >= 0) emitNode(order[i]);
@@ -53,6 +57,13 @@ private:
     std::string lit(const Real& r, bool isDouble) const {
         const std::string value = isDouble || !single_ ? literal(r.d) : literal(r.f);
         return lanes_ ? "splat<V>(" + value + ")" : value;
+    }
+
+    std::vector<int> readyPositions(const std::vector<int>& order, const std::vector<int>& storedNodes) const {
+        std::vector<int> position(g_.nodes().size(), -1), at;
+        for (int i = 0; i < static_cast<int>(order.size()); ++i) position[order[i]] = i;
+        for (int node : storedNodes) at.push_back(node >= 0 ? position[node] : -1);
+        return at;
     }
 
     // Differences that are used only through a negation (b - a built as

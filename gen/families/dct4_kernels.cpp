@@ -9,9 +9,12 @@
 //   Leaf<T, L>    in: point t at t + L/2; out: Z(k) at 2k (real), 2k + 1
 //   Radix<T, R>   in: z[b] at 2b, 2b + 1; up to R = 8 the twiddle of z[b]
 //                 (cosine, sine) at 2R + 2(b - 1), + 1; from 16, R = 4P,
-//                 the P-point level's twiddles of b2 = 1 .. P-1 at
-//                 2R + 2(b2 - 1), and the 4-point level's of group g and
-//                 b1 = 1 .. 3 at 2R + 2(P - 1) + 6g + 2(b1 - 1);
+//                 the P-point level's twiddle of b2 = 1 .. P-1, as each of
+//                 the four P-point transforms b1 uses it, at
+//                 2R + 8(b2 - 1) + 2 b1 (one value, read by each apart, so
+//                 that the four transforms stay independent), and the
+//                 4-point level's of group g and b1 = 1 .. 3 at
+//                 2R + 8(P - 1) + 6g + 2(b1 - 1);
 //                 out: D[w] at 2w, 2w + 1 (up to 8), D_g[w] at 2(4g + w)
 //   Output<T, D>  in: row r's real part, imaginary part, cosine, sine at
 //                 4r .. 4r + 3; out: Y(2D) output v at v + D
@@ -67,14 +70,14 @@ void radix(Kernel& k, int R) {
     std::vector<std::vector<int>> F(4);
     for (int b1 = 0; b1 < 4; ++b1) {
         std::vector<int> v(P);
-        for (int b2 = 0; b2 < P; ++b2) v[b2] = b2 ? twiddled(z[4 * b2 + b1], 2 * R + 2 * (b2 - 1)) : z[b1];
+        for (int b2 = 0; b2 < P; ++b2) v[b2] = b2 ? twiddled(z[4 * b2 + b1], 2 * R + 8 * (b2 - 1) + 2 * b1) : z[b1];
         F[b1] = dct4Dft(k.c, P, false, v);
     }
     std::vector<int> D;
     for (int g = 0; g < P; ++g) {
         std::vector<int> v(4);
         for (int b1 = 0; b1 < 4; ++b1)
-            v[b1] = b1 ? twiddled(F[b1][g], 2 * R + 2 * (P - 1) + 6 * g + 2 * (b1 - 1)) : F[0][g];
+            v[b1] = b1 ? twiddled(F[b1][g], 2 * R + 8 * (P - 1) + 6 * g + 2 * (b1 - 1)) : F[0][g];
         for (int d : dct4Dft(k.c, 4, true, v)) D.push_back(d);
     }
     k.setOutputs(k.parts(D));

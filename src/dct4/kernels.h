@@ -314,11 +314,15 @@ template <class T, int R>
         T* out = dst + W * column;
         const ptrdiff_t rowStep = 2 * subLength * t;  // from bin k to bin k + 2 bins
         // Sub-transform b's bin at in + b t (real part) and + R t (imaginary
-        // part); the twiddles of the step, then those of the groups.
+        // part); the twiddles of the step (from 16 on read by each of the
+        // four inner transforms apart: slot 2R + 8(b2 - 1) + 2 b1 + part),
+        // then those of the groups.
         const auto input = [&](auto slot) TVK_UNROLLED {
+            constexpr int twiddle = slot - 2 * R;
             if constexpr (slot < 2 * R) return load(in + (slot / 2) * t + (slot % 2) * R * t);
-            else if constexpr (!shape.twoLevel || slot < 2 * R + 2 * (P - 1)) return load(step + (slot - 2 * R) * W);
-            else return load(group + (slot - 2 * R - 2 * (P - 1)) * W);
+            else if constexpr (!shape.twoLevel) return load(step + twiddle * W);
+            else if constexpr (twiddle < 8 * (P - 1)) return load(step + (twiddle / 8 * 2 + twiddle % 2) * W);
+            else return load(group + (twiddle - 8 * (P - 1)) * W);
         };
         // Output w < R/2 goes to bin (2 bins) w + i, output w >= R/2, conjugated
         // already, to bin (2 bins) (R - w) - 1 - i; from 16 on, D_g[w] is output

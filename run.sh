@@ -19,6 +19,9 @@ echo
 echo "==== example: Walsh-Hadamard ===="
 build/examples/tvkgen-walsh_hadamard
 echo
+echo "==== example: DCT-IV ===="
+build/examples/tvkgen-dct4
+echo
 echo "==== quick speed table: ours against FFTW ===="
 build/bench/tvkgen-bench-dft --quick
 echo

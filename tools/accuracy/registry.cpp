@@ -7,7 +7,8 @@
     X(complexDft, "Complex DFT")        \
     X(realDft, "Real DFT")              \
     X(hartley, "Hartley")               \
-    X(walshHadamard, "Walsh-Hadamard, N = 2^order")
+    X(walshHadamard, "Walsh-Hadamard, N = 2^order") \
+    X(dct4, "DCT-IV (through a context)")
 
 namespace tvkaccuracy {
 

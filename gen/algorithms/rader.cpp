@@ -13,15 +13,16 @@ Signal gatherInputs(const Batch& in, int element) {
     return s;
 }
 
-// Rader's multipliers B[k] = (1/n) sum_m w^(g^-m mod p) exp(-2 pi i m k / n).
-std::vector<Complex> raderMultipliers(int p, int root, int sign) {
+// Rader's multipliers B[k] = (1/n) sum_m w^(g^-m mod p) exp(s 2 pi i m k / n),
+// with s the sign of the first inner transform.
+std::vector<Complex> raderMultipliers(int p, int root, int sign, int firstSign) {
     const int n = p - 1, inverseRoot = powMod(root, p - 2, p);
     std::vector<Complex> B(n);
     for (int k = 0; k < n; ++k) {
         Fixed re, im;
         for (int m = 0; m < n; ++m) {
             const Complex prod = rootOfUnity(powMod(inverseRoot, m, p), p, sign) *
-                                 rootOfUnity(static_cast<int64_t>(m) * k, n, -1);
+                                 rootOfUnity(static_cast<int64_t>(m) * k, n, firstSign);
             re = re + prod.re.exact;
             im = im + prod.im.exact;
         }
@@ -32,9 +33,9 @@ std::vector<Complex> raderMultipliers(int p, int root, int sign) {
 
 }  // namespace
 
-// The inner transforms of Rader and Bluestein are a forward and an
-// unnormalised inverse DFT in both directions; only the root of unity in the
-// multipliers changes.
+// The inner transforms of Bluestein and of the deferred Rader are a forward
+// and an unnormalised inverse DFT in both directions; only the root of unity
+// in the multipliers changes.
 std::pair<DftOptions, DftOptions> convolutionOptions(const DftOptions& opt) {
     DftOptions forward = opt, backward = opt;
     forward.sign = -1;
@@ -43,6 +44,9 @@ std::pair<DftOptions, DftOptions> convolutionOptions(const DftOptions& opt) {
 }
 
 // Complex-multiplier form: every bin is multiplied by its B[k] in full.
+// The inner transforms take the sign of the outer one first and the other
+// sign second, so that an inverse body is the forward one on swapped parts
+// (Inv(x) = S(Fwd(S(x))) bit for bit wherever the inner transforms obey it).
 Batch rader(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt, const Multipliers& pre) {
     const int p = plan.n, n = p - 1, root = plan.root, count = static_cast<int>(in.size());
     Batch a(count, Signal(n));
@@ -50,16 +54,17 @@ Batch rader(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& 
         for (int m = 0; m < n; ++m) a[t][m] = in[t][powMod(root, m, p)];
     Signal x0 = gatherInputs(in, 0);
     if (pre) x0 = g.scale(x0, [&](int t) { return pre(t, 0); });
-    const auto [forward, backward] = convolutionOptions(opt);
-    const Batch A = transform(g, *plan.first, a, forward,
+    DftOptions outerSign = opt, otherSign = opt;
+    otherSign.sign = -opt.sign;
+    const Batch A = transform(g, *plan.first, a, outerSign,
                               composePre(pre, [root, p](int t, int m) { return std::pair{t, powMod(root, m, p)}; }));
-    const std::vector<Complex> B = raderMultipliers(p, root, opt.sign);
+    const std::vector<Complex> B = raderMultipliers(p, root, opt.sign, opt.sign);
     const Signal A0 = gatherInputs(A, 0);
     const Signal X0 = g.add(x0, A0);
     const Signal C0 = g.add(g.scale(A0, [&](int) { return B[0]; }), x0);
     Batch C = A;
     for (int t = 0; t < count; ++t) C[t][0] = C0[t];
-    const Batch c = transform(g, *plan.second, C, backward,
+    const Batch c = transform(g, *plan.second, C, otherSign,
                               [&B](int, int k) { return k == 0 ? Complex::one() : B[k]; });
     const int inverseRoot = powMod(root, p - 2, p);
     Batch out(count, Signal(p));
@@ -114,7 +119,7 @@ std::vector<std::pair<int, int>> halfSpectrum(Arithmetic& target, const Plan& pl
 Batch raderDeferred(Arithmetic& g, const Plan& plan, const Batch& in, const DftOptions& opt,
                     const Multipliers& pre) {
     const int p = plan.n, n = p - 1, h = n / 2, root = plan.root, count = static_cast<int>(in.size());
-    const std::vector<Complex> B = raderMultipliers(p, root, opt.sign);
+    const std::vector<Complex> B = raderMultipliers(p, root, opt.sign, -1);
     const DftOptions forward = convolutionOptions(opt).first;
     // The network once more on symbolic inputs (s then d), to be transposed;
     // it is built by the plan of the back transform.

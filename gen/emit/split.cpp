@@ -10,7 +10,6 @@
 #include <array>
 #include <cmath>
 #include <map>
-#include <sstream>
 #include <stdexcept>
 #include <vector>
 
@@ -34,13 +33,17 @@ public:
         for (const Store& st : stores) storedNodes.push_back(st.node);
         const std::vector<int> order = scheduleNodes(g_);
         const std::vector<int> storeAt = storePositions(g_, order, storedNodes);
-        out_ << "    const __m128 scale = _mm_set1_ps(s);\n";
+        lines_.push_back("    const __m128 scale = _mm_set1_ps(s);\n");
         for (size_t i = 0; i < order.size(); ++i) {
             emitNode(order[i]);
             for (size_t j = 0; j < stores.size(); ++j)
                 if (storeAt[j] == static_cast<int>(i)) emitStore(stores[j]);
         }
-        return out_.str();
+        for (const Held& h : held_)
+            if (h.open) lines_[h.line] = h.definition();
+        std::string text;
+        for (const std::string& line : lines_) text += line;
+        return text;
     }
 
 private:
@@ -48,7 +51,7 @@ private:
     std::string define(const std::string& expr) {
         if (auto it = cse_.find(expr); it != cse_.end()) return it->second;
         const std::string name = "v" + std::to_string(next_++);
-        out_ << "    const __m128 " << name << " = " << expr << ";\n";
+        lines_.push_back("    const __m128 " + name + " = " + expr + ";\n");
         cse_.emplace(expr, name);
         return name;
     }
@@ -130,48 +133,116 @@ private:
         std::string from;
         int lane = 0;
         bool spare() const { return from.empty(); }
+        bool operator==(const Lane&) const = default;
     };
     using Lanes = std::array<Lane, kMaxWidth>;
 
-    static bool fits(const Lane& want, const std::string& v, int lane) {
-        return want.spare() || (want.from == v && want.lane == lane);
-    }
-
     // One instruction on x and y that gives `want`, if there is one: a
-    // shufps (lanes 0, 1 from x, lanes 2, 3 from y) or an unpack.
-    static std::string oneInstruction(const Lanes& want, const std::string& x, const std::string& y) {
+    // shufps (lanes 0, 1 from x, lanes 2, 3 from y) or an unpack; with all
+    // the lanes it holds.
+    struct Instruction {
+        std::string expr;
+        Lanes lanes;
+    };
+    static Instruction oneInstruction(const Lanes& want, const std::string& x, const std::string& y) {
         bool shuffles = true, inPlace = x == y;
-        int imm = 0;
+        Lanes lanes;
         for (int l = 0; l < kMaxWidth; ++l) {
+            lanes[l] = {l < 2 ? x : y, want[l].spare() ? 0 : want[l].lane};
             if (want[l].spare()) continue;
-            shuffles &= want[l].from == (l < 2 ? x : y);
+            shuffles &= want[l].from == lanes[l].from;
             inPlace &= want[l].lane == l;
-            imm |= want[l].lane << 2 * l;
         }
         if (shuffles) {
-            if (inPlace) return x;
-            return "_mm_shuffle_ps(" + x + ", " + y + ", " + std::to_string(imm) + ")";
+            if (inPlace) return {x, lanes};
+            int imm = 0;
+            for (int l = 0; l < kMaxWidth; ++l) imm |= lanes[l].lane << 2 * l;
+            return {"_mm_shuffle_ps(" + x + ", " + y + ", " + std::to_string(imm) + ")", lanes};
         }
         for (const int half : {0, 2}) {
             bool unpacks = true;
-            for (int l = 0; l < kMaxWidth; ++l) unpacks &= fits(want[l], l % 2 ? y : x, half + l / 2);
-            if (unpacks) return (half ? "_mm_unpackhi_ps(" : "_mm_unpacklo_ps(") + x + ", " + y + ")";
+            for (int l = 0; l < kMaxWidth; ++l) {
+                lanes[l] = {l % 2 ? y : x, half + l / 2};
+                unpacks &= want[l].spare() || want[l] == lanes[l];
+            }
+            if (unpacks) return {(half ? "_mm_unpackhi_ps(" : "_mm_unpacklo_ps(") + x + ", " + y + ")", lanes};
         }
         return {};
+    }
+
+    // A shuffled variable and the lanes it holds, so that later gathers can
+    // take lanes from it.  An open one is a shufps of x (slots 0, 1) and y
+    // (slots 2, 3) whose free slots later gathers fill as they need them, so
+    // that one instruction serves several gathers, as the unpacks of a
+    // transpose do; it is written out when the body is done.
+    struct Held {
+        std::string name;
+        Lanes lanes;
+        bool open = false;
+        std::string x{}, y{};
+        size_t line = 0;
+
+        int slotOf(const Lane& w) const {
+            for (int s = 0; s < kMaxWidth; ++s)
+                if (lanes[s] == w) return s;
+            return -1;
+        }
+        // A free slot that may take w; -1 if none.
+        int freeSlotFor(const Lane& w) const {
+            if (!open || (w.from != x && w.from != y)) return -1;
+            for (int s = w.from == x ? 0 : 2, end = s + 2; s < end; ++s)
+                if (lanes[s].spare()) return s;
+            return -1;
+        }
+        std::string definition() const {
+            int imm = 0;
+            for (int s = 0; s < kMaxWidth; ++s) imm |= (lanes[s].spare() ? lanes[s ^ 1] : lanes[s]).lane << 2 * s;
+            return "    const __m128 " + name + " = _mm_shuffle_ps(" + x + ", " + y + ", " + std::to_string(imm) + ");\n";
+        }
+    };
+
+    std::string hold(const std::string& name, const Lanes& lanes) {
+        held_.push_back({.name = name, .lanes = lanes});
+        return name;
     }
 
     // A variable that holds lanes a and b somewhere, and their positions in it.
     std::pair<std::string, std::array<int, 2>> pairOf(const Lane& a, const Lane& b) {
         if (a.spare()) return {b.from, {b.lane, b.lane}};
         if (b.spare() || a.from == b.from) return {a.from, {a.lane, b.spare() ? a.lane : b.lane}};
-        if (a.lane == b.lane) {
-            const int h = a.lane / 2 * 2;
-            return {define(std::string(h ? "_mm_unpackhi_ps(" : "_mm_unpacklo_ps(") + a.from + ", " + b.from + ")"),
-                    {2 * (a.lane - h), 2 * (a.lane - h) + 1}};
+        for (const Held& h : held_)
+            if (const int sa = h.slotOf(a), sb = h.slotOf(b); sa >= 0 && sb >= 0) return {h.name, {sa, sb}};
+        for (Held& h : held_) {
+            const int sa = h.slotOf(a) >= 0 ? h.slotOf(a) : h.freeSlotFor(a);
+            const int sb = h.slotOf(b) >= 0 ? h.slotOf(b) : h.freeSlotFor(b);
+            if (sa < 0 || sb < 0) continue;
+            h.lanes[sa] = a;
+            h.lanes[sb] = b;
+            return {h.name, {sa, sb}};
         }
-        return {define("_mm_shuffle_ps(" + a.from + ", " + b.from + ", " +
-                       std::to_string(a.lane | a.lane << 2 | b.lane << 4 | b.lane << 6) + ")"),
-                {0, 2}};
+        const Held h{.name = "v" + std::to_string(next_++),
+                     .lanes = {a, Lane{}, b, Lane{}},
+                     .open = true,
+                     .x = a.from,
+                     .y = b.from,
+                     .line = lines_.size()};
+        lines_.emplace_back();  // written when its slots are known
+        held_.push_back(h);
+        return {h.name, {0, 2}};
+    }
+
+    // A held variable whose lanes are `want` in place, filling free slots if need be.
+    std::string heldInPlace(const Lanes& want) {
+        for (Held& h : held_) {
+            bool fits = true;
+            for (int l = 0; l < kMaxWidth && fits; ++l)
+                fits = want[l].spare() || h.lanes[l] == want[l] || (h.lanes[l].spare() && h.freeSlotFor(want[l]) / 2 == l / 2);
+            if (!fits) continue;
+            for (int l = 0; l < kMaxWidth; ++l)
+                if (!want[l].spare()) h.lanes[l] = want[l];
+            return h.name;
+        }
+        return {};
     }
 
     // Lane l of the result is lane from[l].lane of part c of node from[l].node;
@@ -186,13 +257,17 @@ private:
                 sources.push_back(want[l].from);
         }
         for (const std::string& x : sources)
+            if (oneInstruction(want, x, x).expr == x) return x;
+        if (std::string h = heldInPlace(want); !h.empty()) return h;
+        for (const std::string& x : sources)
             for (const std::string& y : sources)
-                if (std::string e = oneInstruction(want, x, y); !e.empty()) return e == x ? x : define(e);
+                if (const Instruction i = oneInstruction(want, x, y); !i.expr.empty()) return hold(define(i.expr), i.lanes);
         const bool lowSpare = want[0].spare() && want[1].spare(), highSpare = want[2].spare() && want[3].spare();
         const auto [low, lp] = pairOf(want[lowSpare ? 2 : 0], want[lowSpare ? 3 : 1]);
         const auto [high, hp] = pairOf(want[highSpare ? 0 : 2], want[highSpare ? 1 : 3]);
-        return define("_mm_shuffle_ps(" + low + ", " + high + ", " +
-                      std::to_string(lp[0] | lp[1] << 2 | hp[0] << 4 | hp[1] << 6) + ")");
+        return hold(define("_mm_shuffle_ps(" + low + ", " + high + ", " +
+                           std::to_string(lp[0] | lp[1] << 2 | hp[0] << 4 | hp[1] << 6) + ")"),
+                    want);
     }
 
     void emitNode(int id) {
@@ -246,15 +321,16 @@ private:
         const std::string at = "&dst[" + std::to_string(st.k) + "]";
         const std::string v = result(r.node, r.lane >= 2);
         if (st.pair)
-            out_ << "    " << (st.k % 2 ? "_mm_storeu_ps(" : "M::store(") << "tvk::partsAt(dst, " << st.k << "), " << v
-                 << ");\n";
-        else out_ << "    " << (r.lane % 2 ? "tvk::storeHigh(" : "tvk::storeLow(") << at << ", " << v << ");\n";
+            lines_.push_back("    " + std::string(st.k % 2 ? "_mm_storeu_ps(" : "M::store(") + "tvk::partsAt(dst, " +
+                             std::to_string(st.k) + "), " + v + ");\n");
+        else lines_.push_back("    " + std::string(r.lane % 2 ? "tvk::storeHigh(" : "tvk::storeLow(") + at + ", " + v + ");\n");
     }
 
     const Graph& g_;
     std::vector<std::array<Part, 2>> parts_;
     std::map<std::string, std::string> cse_;
-    std::ostringstream out_;
+    std::vector<std::string> lines_;
+    std::vector<Held> held_;
     int next_ = 0;
 };
 

@@ -20,7 +20,12 @@ std::string emitLanes(const Graph& g, bool single);
 std::string emitInterleaved(const Graph& g);
 
 // tvk32fc: split form, four real parts in one __m128 and the four imaginary
-// parts in another, one transform per lane.
-std::string emitSplit(const Graph& g);
+// parts in another, one transform per lane; with the number of shuffles the
+// text holds.
+struct SplitCode {
+    std::string text;
+    int shuffles = 0;
+};
+SplitCode emitSplit(const Graph& g);
 
 }  // namespace gen

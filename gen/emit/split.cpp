@@ -27,7 +27,7 @@ class SplitEmitter {
 public:
     explicit SplitEmitter(const Graph& g) : g_(g), parts_(g.nodes().size()) {}
 
-    std::string run() {
+    SplitCode run() {
         const std::vector<Store> stores = storesOf(g_.outputs());
         std::vector<int> storedNodes;
         for (const Store& st : stores) storedNodes.push_back(st.node);
@@ -41,9 +41,12 @@ public:
         }
         for (const Held& h : held_)
             if (h.open) lines_[h.line] = h.definition();
-        std::string text;
-        for (const std::string& line : lines_) text += line;
-        return text;
+        SplitCode code;
+        for (const std::string& line : lines_) {
+            code.text += line;
+            code.shuffles += line.find("_mm_shuffle_ps(") != std::string::npos || line.find("_mm_unpack") != std::string::npos;
+        }
+        return code;
     }
 
 private:
@@ -336,6 +339,6 @@ private:
 
 }  // namespace
 
-std::string emitSplit(const Graph& g) { return SplitEmitter(g).run(); }
+SplitCode emitSplit(const Graph& g) { return SplitEmitter(g).run(); }
 
 }  // namespace gen

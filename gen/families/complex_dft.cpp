@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <sstream>
+#include <utility>
 #include <vector>
 
 #include "emit/emit.h"
@@ -57,6 +58,28 @@ void buildScalar(ScalarBody& body, const Plan& plan, const DftOptions& opt) {
     }
 }
 
+// tvk32fc from length 6: the lane grouping whose text has the fewest
+// shuffles, among those that keep the operations of the order given (a
+// grouping that drops products by +-1 would change the published counts).
+Codelet splitBody(const Plan& plan, const DftOptions& opt) {
+    Codelet best;
+    int fewest = 0;
+    for (const Grouping grouping : {Grouping::AsGiven, Grouping::ByFirstValueUnmultiplied, Grouping::ByFirstValue}) {
+        Graph g(4);
+        g.setGrouping(grouping);
+        buildDft(g, plan, opt);
+        const OpCount count = countOperations(g);
+        if (grouping != Grouping::AsGiven && !(count == best.count)) continue;
+        SplitCode code = emitSplit(g);
+        if (grouping == Grouping::AsGiven || code.shuffles < fewest) {
+            best.text = std::move(code.text);
+            best.count = count;
+            fewest = code.shuffles;
+        }
+    }
+    return best;
+}
+
 Codelet codelet(int n, const Set& set) {
     const bool single = set.type == ComplexType::C32;
     const std::string plan = planText(n, set.type);
@@ -73,10 +96,14 @@ Codelet codelet(int n, const Set& set) {
         buildScalar(body, *planFor(n, set.type), opt);
         statements = body.text();
         count = body.count();
+    } else if (split) {
+        Codelet body = splitBody(*planFor(n, set.type), opt);
+        statements = std::move(body.text);
+        count = body.count;
     } else {
-        Graph g(split ? 4 : 1);
+        Graph g(1);
         buildDft(g, *planFor(n, set.type), opt);
-        statements = split ? emitSplit(g) : emitInterleaved(g);
+        statements = emitInterleaved(g);
         count = countOperations(g);
     }
 

@@ -17,6 +17,7 @@ struct OpCount {
     int doubleMultiplications = 0;
     int widenings = 0;
     int narrowings = 0;
+    bool operator==(const OpCount&) const = default;
 };
 OpCount countOperations(const Graph& g);
 

@@ -290,9 +290,29 @@ Signal Graph::add(const Signal& x, const Signal& y) {
     return out;
 }
 
+// Signals whose first values sit side by side in one vector go into one
+// group in their lane order, so that gathering a group's inputs takes whole
+// vectors or single shuffles more often than transposes.  Signals read from
+// memory keep their order: which elements share a load is the input layout's.
+std::vector<int> Graph::laneOrder(const Batch& in, bool multiplied) const {
+    std::vector<int> order(in.size());
+    for (size_t i = 0; i < in.size(); ++i) order[i] = static_cast<int>(i);
+    const bool grouped = grouping_ == Grouping::ByFirstValue ||
+                         (grouping_ == Grouping::ByFirstValueUnmultiplied && !multiplied);
+    if (laneGroup() == 1 || !grouped) return order;
+    for (const Signal& s : in)
+        if (s[0].isMemory()) return order;
+    std::stable_sort(order.begin(), order.end(), [&in](int a, int b) {
+        const Ref &x = in[a][0], &y = in[b][0];
+        return x.node != y.node ? x.node < y.node : x.lane < y.lane;
+    });
+    return order;
+}
+
 Batch Graph::lanewise(const Batch& in, const Kernel& kernel, const Multipliers& pre) {
     const int count = static_cast<int>(in.size());
     const int n = static_cast<int>(in[0].size());
+    const std::vector<int> order = laneOrder(in, static_cast<bool>(pre));
     Batch out(count);
     const int step = laneGroup();
     for (int g = 0; g < count; g += step) {
@@ -300,19 +320,20 @@ Batch Graph::lanewise(const Batch& in, const Kernel& kernel, const Multipliers& 
         std::vector<int> inputs(n);
         for (int j = 0; j < n; ++j) {
             std::vector<Ref> lanes;
-            for (int l = 0; l < used; ++l) lanes.push_back(in[g + l][j]);
+            for (int l = 0; l < used; ++l) lanes.push_back(in[order[g + l]][j]);
             inputs[j] = pack(lanes)[0];
             if (pre) {
                 std::array<Complex, kMaxWidth> k;
-                k.fill(pre(g, j));  // spare lanes, and all lanes in-lane, take the first lane's
-                for (int l = 1; l < used; ++l) k[l] = pre(g + l, j);
+                k.fill(pre(order[g], j));  // spare lanes, and all lanes in-lane, take the first lane's
+                for (int l = 1; l < used; ++l) k[l] = pre(order[g + l], j);
                 inputs[j] = mulLanes(inputs[j], k);
             }
         }
         const std::vector<int> outputs = kernel(*this, inputs);
         for (int l = 0; l < used; ++l) {
-            out[g + l].resize(outputs.size());
-            for (size_t k = 0; k < outputs.size(); ++k) out[g + l][k] = {outputs[k], l};
+            Signal& o = out[order[g + l]];
+            o.resize(outputs.size());
+            for (size_t k = 0; k < outputs.size(); ++k) o[k] = {outputs[k], l};
         }
     }
     return out;

@@ -41,6 +41,14 @@ enum class Op {
 
 enum class Domain { Complex, Real };
 
+// How lanewise() deals the signals of a batch out to the lanes of a vector:
+// in the order given, or grouped by where their first values live, for
+// every batch or only for batches without multipliers.  Every grouping
+// computes each value by the same operations; they differ in the shuffles
+// between passes, and in which products by +-1 fill a whole vector and
+// drop out.
+enum class Grouping { AsGiven, ByFirstValueUnmultiplied, ByFirstValue };
+
 struct Node {
     Op op = Op::Zero;
     int a = -1, b = -1;                 // operands
@@ -90,6 +98,7 @@ public:
     // that have a full group of signals to work on run this way.
     bool inLane() const override { return inLane_ || width_ == 1; }
     void setInLane(bool on) override { inLane_ = on; }
+    void setGrouping(Grouping g) { grouping_ = g; }
 
     // The outputs of the body: element k of the destination.
     void setOutputs(Signal out) { outputs_ = std::move(out); }
@@ -107,10 +116,12 @@ private:
     bool samePrecision(int a, int b) const;
 
     int laneGroup() const { return inLane() ? 1 : width_; }
+    std::vector<int> laneOrder(const Batch& in, bool multiplied) const;
 
     int width_;
     Domain domain_;
     bool inLane_ = false;
+    Grouping grouping_ = Grouping::AsGiven;
     std::vector<Node> nodes_;
     std::map<std::string, int> index_;
     Signal outputs_;

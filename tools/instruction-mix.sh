@@ -6,13 +6,13 @@
 #
 #   tools/instruction-mix.sh LIBRARY [REGEX]
 #
-# One line per function whose name matches REGEX (default: every complex DFT
-# Codelet), tab-separated, with a header.  The function u8_<Codelet> holds
+# One line per function whose name matches REGEX (default: the bodies of
+# every complex DFT Codelet), tab-separated, with a header.  The function u8_<Codelet> holds
 # the aligned path, and the unaligned one too when the body has no twin; the
 # twin u8_owng..._unaligned is a line of its own.
 set -eu
 lib=${1:?usage: instruction-mix.sh LIBRARY [REGEX]}
-regex=${2:-DFT(Fwd|Inv)_CToC_[0-9]+_(32|64)fc}
+regex=${2:-^u8_.*DFT(Fwd|Inv)_CToC_[0-9]+_(32|64)fc}
 
 objdump -d --no-show-raw-insn "$lib" | awk -v regex="$regex" '
 function flush() {

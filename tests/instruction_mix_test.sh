@@ -1,0 +1,27 @@
+#!/bin/sh
+# tools/instruction-mix.sh on the built library: every complex DFT body has
+# its line, and the split tvk32fc bodies (lengths 6 to 64), which regroup
+# lanes between passes, show shuffles, arithmetic and stores.
+set -eu
+tool=$1
+library=$2
+mix=$(sh "$tool" "$library")
+status=0
+for direction in Fwd Inv; do
+    for type in 32fc 64fc; do
+        n=2
+        while [ $n -le 64 ]; do
+            name=u8_tvkgDFT${direction}_CToC_${n}_${type}
+            line=$(printf '%s\n' "$mix" | awk -F'\t' -v name="$name" '$1 == name')
+            if [ -z "$line" ]; then
+                echo "no line for $name"
+                status=1
+            elif [ "$type" = 32fc ] && [ $n -ge 6 ]; then
+                echo "$line" | awk -F'\t' '$3 > 0 && $4 > 0 && $7 > 0 { ok = 1 } END { exit !ok }' ||
+                    { echo "no shuffles, arithmetic or stores counted: $line"; status=1; }
+            fi
+            n=$((n + 1))
+        done
+    done
+done
+exit $status

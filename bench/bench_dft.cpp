@@ -258,7 +258,7 @@ int main(int argc, char** argv) {
     bool quick = false;
     if (!tvkbench::initialize(argc, argv, quick)) return 2;
 
-    const double minTime = quick ? 0.01 : 0.25;
+    const double minTime = quick ? 0.01 : 0.1;
     std::vector<Key> keys;
     int mismatches = 0;
     registerCases(kCodelets32fc, minTime, keys, mismatches);

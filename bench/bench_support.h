@@ -200,11 +200,26 @@ inline void printBoundNote(double ghz, const std::string& countsPath) {
 // Google Benchmark's start-up, after taking out the flag of our own: --quick,
 // every case but a short minimum time per run (run.sh uses it).  False when
 // an argument is unknown.
+//
+// A full run times every case three times, the cases in a random order each
+// time, and keeps the least time of each: a shared or virtual machine has
+// stretches of seconds in which everything runs up to twice as slowly, and
+// one run per case, the cases one after the other, let such a stretch pass
+// for a slow body (the "two speeds" of the long bodies were that).  Giving
+// --benchmark_repetitions on the command line replaces the default.
 inline bool initialize(int argc, char** argv, bool& quick) {
     std::vector<char*> args;
+    bool repetitionsGiven = false;
     for (int i = 0; i < argc; ++i) {
         if (std::strcmp(argv[i], "--quick") == 0) quick = true;
         else args.push_back(argv[i]);
+        if (std::strncmp(argv[i], "--benchmark_repetitions", 23) == 0) repetitionsGiven = true;
+    }
+    static char repetitions[] = "--benchmark_repetitions=3";
+    static char interleaving[] = "--benchmark_enable_random_interleaving=true";
+    if (!quick && !repetitionsGiven) {
+        args.push_back(repetitions);
+        args.push_back(interleaving);
     }
     int count = static_cast<int>(args.size());
     benchmark::Initialize(&count, args.data());

@@ -4,33 +4,33 @@
 //   tvkgen-bench-dft [--quick] [--opcounts=FILE] [Google Benchmark flags]
 //
 // Each case times ours and FFTW on the same 16-byte aligned arrays (from
-// fftw_malloc) holding the same random signal, out of place.  Ours is called
-// through a table of Codelet addresses with ScaleNoDiv, since FFTW does not
-// scale; FFTW runs a FFTW_MEASURE plan through its new-array execute.  Before
-// timing, both results are compared so that a wrong answer cannot pass for a
-// fast one.  After the runs a table of CPU ns per call is printed, with the
-// ratio ours/FFTW and the lower bound of 128-bit code on this core.
+// fftw_malloc) holding the same random signal, out of place; with the CMake
+// option TVKGEN_BENCH_FFTW128, a second FFTW too, built with 128-bit vectors
+// only (fftw_rivals.h).  Ours is called through a table of Codelet addresses
+// with ScaleNoDiv, since FFTW does not scale; FFTW runs a FFTW_MEASURE plan
+// through its new-array execute.  Before timing, our result is compared with
+// each FFTW's so that a wrong answer cannot pass for a fast one.  After the
+// runs a table of CPU ns per call is printed, with the ratio of ours to each
+// FFTW and the lower bound of 128-bit code on this core.
 #include <benchmark/benchmark.h>
-#include <fftw3.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <map>
 #include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
-#include <unistd.h>
-
 #include "bench_support.h"
+#include "fftw_rivals.h"
 #include "tvkgen.h"
 
 namespace {
 
-// ---- the two libraries, per element type ------------------------------------
+// ---- the library, per element type --------------------------------------------
 
 template <class Complex>
 struct Types;
@@ -41,17 +41,6 @@ struct Types<tvk32fc> {
     static constexpr int lanes = 4;  // reals per 128-bit register
     using Real = float;
     using Codelet = tvkDFTCodelet_32fc;
-    using FftwPlan = fftwf_plan;
-    static void* allocate(size_t bytes) { return fftwf_malloc(bytes); }
-    static void release(void* p) { fftwf_free(p); }
-    static FftwPlan plan(int n, tvk32fc* in, tvk32fc* out, int sign) {
-        return fftwf_plan_dft_1d(n, reinterpret_cast<fftwf_complex*>(in), reinterpret_cast<fftwf_complex*>(out), sign,
-                                 FFTW_MEASURE);
-    }
-    static void execute(FftwPlan p, tvk32fc* in, tvk32fc* out) {
-        fftwf_execute_dft(p, reinterpret_cast<fftwf_complex*>(in), reinterpret_cast<fftwf_complex*>(out));
-    }
-    static void destroy(FftwPlan p) { fftwf_destroy_plan(p); }
 };
 
 template <>
@@ -60,17 +49,6 @@ struct Types<tvk64fc> {
     static constexpr int lanes = 2;
     using Real = double;
     using Codelet = tvkDFTCodelet_64fc;
-    using FftwPlan = fftw_plan;
-    static void* allocate(size_t bytes) { return fftw_malloc(bytes); }
-    static void release(void* p) { fftw_free(p); }
-    static FftwPlan plan(int n, tvk64fc* in, tvk64fc* out, int sign) {
-        return fftw_plan_dft_1d(n, reinterpret_cast<fftw_complex*>(in), reinterpret_cast<fftw_complex*>(out), sign,
-                                FFTW_MEASURE);
-    }
-    static void execute(FftwPlan p, tvk64fc* in, tvk64fc* out) {
-        fftw_execute_dft(p, reinterpret_cast<fftw_complex*>(in), reinterpret_cast<fftw_complex*>(out));
-    }
-    static void destroy(FftwPlan p) { fftw_destroy_plan(p); }
 };
 
 template <class Complex>
@@ -86,7 +64,7 @@ const CodeletRow<tvk64fc> kCodelets64fc[] = {TVKGEN_DFT_LENGTHS(TVKGEN_ROW_64FC)
 #undef TVKGEN_ROW_32FC
 #undef TVKGEN_ROW_64FC
 
-// ---- one case: a length, a type, a direction, with its arrays and plan ------
+// ---- one case: a length, a type, a direction, with its arrays -------------
 
 enum class Direction { Forward, Inverse };
 
@@ -96,39 +74,29 @@ template <class Complex>
 class Case {
 public:
     using T = Types<Complex>;
+    using Fftw = tvkbench::Fftw<typename T::Real, tvkbench::FftwBuild::Native>;
 
     Case(int length, typename T::Codelet codelet, Direction direction)
-        : length_(length), codelet_(codelet) {
+        : length_(length), direction_(direction), codelet_(codelet) {
         // Two spare elements: some tvk32fc bodies read up to 16 bytes past the end.
         const size_t bytes = sizeof(Complex) * (length + 2);
-        src_ = static_cast<Complex*>(T::allocate(bytes));
-        dst_ = static_cast<Complex*>(T::allocate(bytes));
-        // FFTW_MEASURE overwrites the arrays while planning, so fill them after.
-        plan_ = T::plan(length, src_, dst_, direction == Direction::Forward ? FFTW_FORWARD : FFTW_BACKWARD);
-        std::mt19937 random(1000 * length + static_cast<int>(direction));
-        std::uniform_real_distribution<typename T::Real> uniform(-1, 1);
-        for (int k = 0; k < length + 2; ++k) src_[k] = Complex{uniform(random), uniform(random)};
+        src_ = static_cast<Complex*>(Fftw::allocate(bytes));
+        dst_ = static_cast<Complex*>(Fftw::allocate(bytes));
+        fill();
     }
     ~Case() {
-        T::destroy(plan_);
-        T::release(src_);
-        T::release(dst_);
+        Fftw::release(src_);
+        Fftw::release(dst_);
     }
     Case(const Case&) = delete;
     Case& operator=(const Case&) = delete;
 
-    // Largest difference between our result and FFTW's, relative to the
-    // largest output magnitude; negative when our call fails.
-    double relativeDifference() {
-        if (codelet_(src_, dst_, ScaleNoDiv) != StatusOk) return -1;
-        const std::vector<Complex> ours(dst_, dst_ + length_);
-        T::execute(plan_, src_, dst_);
-        double largest = 0, difference = 0;
-        for (int k = 0; k < length_; ++k) {
-            largest = std::max(largest, std::hypot(double(dst_[k].re), double(dst_[k].im)));
-            difference = std::max(difference, std::hypot(double(ours[k].re) - dst_[k].re, double(ours[k].im) - dst_[k].im));
-        }
-        return difference / largest;
+    // The same random signal every time: FFTW_MEASURE overwrites the arrays
+    // while planning, so each rival fills them again after.
+    void fill() {
+        std::mt19937 random(1000 * length_ + static_cast<int>(direction_));
+        std::uniform_real_distribution<typename T::Real> uniform(-1, 1);
+        for (int k = 0; k < length_ + 2; ++k) src_[k] = Complex{uniform(random), uniform(random)};
     }
 
     void timeOurs(benchmark::State& state) {
@@ -139,19 +107,54 @@ public:
         }
     }
 
-    void timeFftw(benchmark::State& state) {
-        for (auto _ : state) {
-            T::execute(plan_, src_, dst_);
-            benchmark::ClobberMemory();
-        }
-    }
+    int length() const { return length_; }
+    Direction direction() const { return direction_; }
+    tvkStatus ours() { return codelet_(src_, dst_, ScaleNoDiv); }
+    // The arrays as FFTW sees them, whatever its build: a complex is R[2] in all.
+    typename Fftw::Complex* src() { return reinterpret_cast<typename Fftw::Complex*>(src_); }
+    typename Fftw::Complex* dst() { return reinterpret_cast<typename Fftw::Complex*>(dst_); }
+    const Complex* result() const { return dst_; }
 
 private:
     int length_;
+    Direction direction_;
     typename T::Codelet codelet_;
     Complex* src_;
     Complex* dst_;
-    typename T::FftwPlan plan_;
+};
+
+// One build of FFTW on the arrays of a case: a FFTW_MEASURE plan run through
+// new-array execute.
+template <class Complex, tvkbench::FftwBuild B>
+class Rival : public tvkbench::FftwRival<Rival<Complex, B>, Case<Complex>,
+                                         tvkbench::Fftw<typename Types<Complex>::Real, B>> {
+public:
+    using Fftw = tvkbench::Fftw<typename Types<Complex>::Real, B>;
+
+    explicit Rival(std::shared_ptr<Case<Complex>> c) : Rival::FftwRival(std::move(c)) {
+        this->plan_ = Fftw::dft(this->case_->length(), this->case_->src(), this->case_->dst(),
+                                this->case_->direction() == Direction::Forward ? FFTW_FORWARD : FFTW_BACKWARD);
+        this->case_->fill();
+    }
+
+    void execute() { Fftw::executeDft(this->plan_, this->case_->src(), this->case_->dst()); }
+
+    // Largest difference between our result and this FFTW's, relative to the
+    // largest output magnitude; negative when our call fails.
+    double relativeDifference() {
+        Case<Complex>& c = *this->case_;
+        if (c.ours() != StatusOk) return -1;
+        const std::vector<Complex> ours(c.result(), c.result() + c.length());
+        execute();
+        const Complex* theirs = c.result();
+        double largest = 0, difference = 0;
+        for (int k = 0; k < c.length(); ++k) {
+            largest = std::max(largest, std::hypot(double(theirs[k].re), double(theirs[k].im)));
+            difference = std::max(difference,
+                                  std::hypot(double(ours[k].re) - theirs[k].re, double(ours[k].im) - theirs[k].im));
+        }
+        return difference / largest;
+    }
 };
 
 // ---- results ------------------------------------------------------------------
@@ -164,56 +167,24 @@ struct Key {
     auto operator<=>(const Key&) const = default;
 };
 
+// CPU ns per call of ours and of each FFTW build, in the order of kFftwBuilds.
 struct Timing {
-    double ours = NAN, fftw = NAN;
+    double ours = NAN;
+    std::array<double, tvkbench::kFftwCount> fftw;
 };
 
 std::string benchmarkName(const Key& key, const char* library) {
     return std::string(library) + "/" + key.type + "/" + key.direction + "/" + std::to_string(key.length);
 }
 
-// Collects CPU ns per call of every run; shows Google Benchmark's own lines
-// only when asked to (the summary table repeats them).
-class CollectingReporter : public benchmark::ConsoleReporter {
-public:
-    // Colour only on a terminal, so that a saved log stays plain text.
-    explicit CollectingReporter(bool echo)
-        : ConsoleReporter(isatty(STDOUT_FILENO) ? OO_ColorTabular : OO_Tabular), echo_(echo) {}
-
-    bool ReportContext(const Context& context) override { return echo_ ? ConsoleReporter::ReportContext(context) : true; }
-
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs) {
-            if (run.error_occurred) {
-                std::fprintf(stderr, "%s: %s\n", run.benchmark_name().c_str(), run.error_message.c_str());
-                ++errors;
-                continue;
-            }
-            cpuNs[run.run_name.function_name] = run.GetAdjustedCPUTime();  // name without the min_time suffix
-        }
-        if (echo_) ConsoleReporter::ReportRuns(runs);
-    }
-
-    std::map<std::string, double> cpuNs;
-    int errors = 0;
-
-private:
-    bool echo_;
-};
-
 std::string codeletName(const Key& key) {
     return std::string(key.direction == "fwd" ? "tvkgDFTFwd_CToC_" : "tvkgDFTInv_CToC_") + std::to_string(key.length) +
            "_" + key.type.substr(3);
 }
 
-double median(std::vector<double> values) {
-    if (values.empty()) return NAN;
-    std::sort(values.begin(), values.end());
-    const size_t mid = values.size() / 2;
-    return values.size() % 2 ? values[mid] : (values[mid - 1] + values[mid]) / 2;
-}
-
 void printTable(const std::map<Key, Timing>& timings, const std::string& countsPath) {
+    using tvkbench::kFftwBuilds;
+    using tvkbench::kFftwCount;
     const auto ops = tvkbench::readOpCounts(countsPath);
     const bool withBound = !ops.empty();
     const double ghz = withBound ? tvkbench::measuredClockGHz() : 0;
@@ -225,22 +196,25 @@ void printTable(const std::map<Key, Timing>& timings, const std::string& countsP
         std::printf("\n(no bound column: cannot read %s)\n", countsPath.c_str());
     }
 
-    std::printf("\n| length | type | dir | ours ns | FFTW ns | ours/FFTW |%s\n", withBound ? " bound ns | ours/bound |" : "");
-    std::printf("|---:|---|---|---:|---:|---:|%s\n", withBound ? "---:|---:|" : "");
-    std::map<std::string, std::vector<double>> ratios, overBound;
-    int fftwBelowBound = 0;
+    std::printf("\n| length | type | dir | ours ns |");
+    tvkbench::printFftwHeads();
+    std::printf("%s\n|---:|---|---|---:|", withBound ? " bound ns | ours/bound |" : "");
+    tvkbench::printFftwRule();
+    std::printf("%s\n", withBound ? "---:|---:|" : "");
+    tvkbench::RatioMedians medians({"type", "dir"}, tvkbench::fftwRatioHeads(withBound));
+    std::array<int, kFftwCount> belowBound{};
     for (const auto& [key, t] : timings) {
-        const double ratio = t.ours / t.fftw;
-        if (std::isfinite(ratio)) ratios[key.type].push_back(ratio);
-        std::printf("| %d | %s | %s | %.2f | %.2f | %.2f |", key.length, key.type.c_str(), key.direction.c_str(), t.ours,
-                    t.fftw, ratio);
+        const std::string group = key.type + " | " + key.direction;
+        std::printf("| %d | %s | %s | %.2f |", key.length, key.type.c_str(), key.direction.c_str(), t.ours);
+        tvkbench::printFftwCells(t.ours, t.fftw);
+        for (size_t i = 0; i < kFftwCount; ++i) medians.add(group, i, t.ours / t.fftw[i]);
         if (withBound) {
             const auto it = ops.find(codeletName(key));
             const int lanes = key.type == Types<tvk32fc>::name ? Types<tvk32fc>::lanes : Types<tvk64fc>::lanes;
             if (it != ops.end()) {
                 const double bound = tvkbench::boundNs(it->second, lanes, ghz);
-                fftwBelowBound += t.fftw < bound;
-                overBound[key.type].push_back(t.ours / bound);
+                for (size_t i = 0; i < kFftwCount; ++i) belowBound[i] += t.fftw[i] < bound;
+                medians.add(group, kFftwCount, t.ours / bound);
                 std::printf(" %.2f | %.2f |", bound, t.ours / bound);
             } else {
                 std::printf(" - | - |");
@@ -248,14 +222,12 @@ void printTable(const std::map<Key, Timing>& timings, const std::string& countsP
         }
         std::printf("\n");
     }
-    std::printf("\nmedian ratio ours/FFTW over all lengths and both directions:\n");
-    for (const auto& [type, values] : ratios)
-        std::printf("  %s: %.2f (%zu cases, ours faster in %zu)\n", type.c_str(), median(values), values.size(),
-                    size_t(std::count_if(values.begin(), values.end(), [](double r) { return r < 1; })));
+    medians.print();
     if (withBound) {
-        std::printf("median ours/bound:");
-        for (const auto& [type, values] : overBound) std::printf("  %s %.2f", type.c_str(), median(values));
-        std::printf("\ncases where FFTW ran below the 128-bit bound: %d\n", fftwBelowBound);
+        std::printf("\n");
+        for (size_t i = 0; i < kFftwCount; ++i)
+            std::printf("cases where %s ran below the 128-bit bound: %d\n", tvkbench::fftwLabel(kFftwBuilds[i]),
+                        belowBound[i]);
     }
 }
 
@@ -267,18 +239,13 @@ void registerCases(const CodeletRow<Complex> (&rows)[Count], double minTime, std
         for (Direction direction : {Direction::Forward, Direction::Inverse}) {
             auto c = std::make_shared<Case<Complex>>(row.length, direction == Direction::Forward ? row.forward : row.inverse,
                                                      direction);
-            const double difference = c->relativeDifference();  // also warms code and data
-            const double tolerance = std::is_same_v<Complex, tvk32fc> ? 1e-5 : 1e-13;
             const Key key{Types<Complex>::name, row.length, directionName(direction)};
-            if (difference < 0 || difference > tolerance) {
-                std::fprintf(stderr, "%s: ours differs from FFTW (relative %g)\n", codeletName(key).c_str(), difference);
-                ++mismatches;
-            }
-            // The registered lambdas own the case.
             benchmark::RegisterBenchmark(benchmarkName(key, "ours").c_str(), [c](benchmark::State& s) { c->timeOurs(s); })
                 ->MinTime(minTime)->Unit(benchmark::kNanosecond);
-            benchmark::RegisterBenchmark(benchmarkName(key, "fftw").c_str(), [c](benchmark::State& s) { c->timeFftw(s); })
-                ->MinTime(minTime)->Unit(benchmark::kNanosecond);
+            tvkbench::registerFftwRivals(
+                [&](auto build) { return std::make_shared<Rival<Complex, build>>(c); },
+                [&](const char* library) { return benchmarkName(key, library); }, codeletName(key),
+                std::is_same_v<Complex, tvk32fc> ? 1e-5 : 1e-13, minTime, mismatches);
             keys.push_back(key);
         }
     }
@@ -288,36 +255,31 @@ void registerCases(const CodeletRow<Complex> (&rows)[Count], double minTime, std
 
 int main(int argc, char** argv) {
     const std::string countsPath = tvkbench::takeOpCountsPath(argc, argv);
-    // --quick: every case, but a short minimum time per run; for run.sh.
     bool quick = false;
-    std::vector<char*> args;
-    for (int i = 0; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--quick") == 0) quick = true;
-        else args.push_back(argv[i]);
-    }
-    int count = static_cast<int>(args.size());
-    benchmark::Initialize(&count, args.data());
-    if (benchmark::ReportUnrecognizedArguments(count, args.data())) return 2;
+    if (!tvkbench::initialize(argc, argv, quick)) return 2;
 
-    const double minTime = quick ? 0.01 : 0.25;
+    const double minTime = quick ? 0.01 : 0.1;
     std::vector<Key> keys;
     int mismatches = 0;
     registerCases(kCodelets32fc, minTime, keys, mismatches);
     registerCases(kCodelets64fc, minTime, keys, mismatches);
 
-    std::printf("timing %zu cases, ours and FFTW, %.2f s minimum per run%s\n", keys.size(), minTime,
-                quick ? " (quick)" : "");
+    std::printf("timing %zu cases, ours and %s, %.2f s minimum per run%s\n", keys.size(), tvkbench::fftwLabels().c_str(),
+                minTime, quick ? " (quick)" : "");
     std::fflush(stdout);
-    CollectingReporter reporter(!quick);
+    tvkbench::CollectingReporter reporter(!quick);
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
 
     std::map<Key, Timing> timings;
     for (const Key& key : keys) {
-        const auto ours = reporter.cpuNs.find(benchmarkName(key, "ours"));
-        const auto fftw = reporter.cpuNs.find(benchmarkName(key, "fftw"));
-        if (ours == reporter.cpuNs.end() && fftw == reporter.cpuNs.end()) continue;  // filtered out
-        timings[key] = {ours == reporter.cpuNs.end() ? NAN : ours->second, fftw == reporter.cpuNs.end() ? NAN : fftw->second};
+        Timing t{reporter.ns(benchmarkName(key, "ours")), {}};
+        bool timed = std::isfinite(t.ours);
+        for (size_t i = 0; i < tvkbench::kFftwCount; ++i) {
+            t.fftw[i] = reporter.ns(benchmarkName(key, tvkbench::fftwName(tvkbench::kFftwBuilds[i])));
+            timed = timed || std::isfinite(t.fftw[i]);
+        }
+        if (timed) timings[key] = t;  // else filtered out
     }
     printTable(timings, countsPath);
     return mismatches == 0 && reporter.errors == 0 ? 0 : 1;

@@ -1,6 +1,7 @@
 // What every benchmark of the library shares: the clock the core really runs
-// at, the operation counts of each Codelet, and the lower bound on the time
-// of a body that follows from both.
+// at, the operation counts of each Codelet, the lower bound on the time of a
+// body that follows from both, and the collection of the times with the
+// medians of their ratios under a results table.
 //
 //   int main(int argc, char** argv) {
 //       const std::string countsPath = tvkbench::takeOpCountsPath(argc, argv);  // before benchmark::Initialize
@@ -15,11 +16,13 @@
 // another one.
 #pragma once
 
+#include <benchmark/benchmark.h>
 #include <cpuid.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -27,6 +30,8 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace tvkbench {
 
@@ -189,5 +194,136 @@ inline void printBoundNote(double ghz, const std::string& countsPath) {
                 "        No 128-bit body can run below it on this core.\n",
                 ghz, countsPath.c_str());
 }
+
+// ---- start-up ---------------------------------------------------------------------
+
+// Google Benchmark's start-up, after taking out the flag of our own: --quick,
+// every case but a short minimum time per run (run.sh uses it).  False when
+// an argument is unknown.
+//
+// A full run times every case three times, the cases in a random order each
+// time, and keeps the least time of each: a shared or virtual machine has
+// stretches of seconds in which everything runs up to twice as slowly, and
+// one run per case, the cases one after the other, let such a stretch pass
+// for a slow body (the "two speeds" of the long bodies were that).  Giving
+// --benchmark_repetitions on the command line replaces the default.
+inline bool initialize(int argc, char** argv, bool& quick) {
+    std::vector<char*> args;
+    bool repetitionsGiven = false;
+    for (int i = 0; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--quick") == 0) quick = true;
+        else args.push_back(argv[i]);
+        if (std::strncmp(argv[i], "--benchmark_repetitions", 23) == 0) repetitionsGiven = true;
+    }
+    static char repetitions[] = "--benchmark_repetitions=3";
+    static char interleaving[] = "--benchmark_enable_random_interleaving=true";
+    if (!quick && !repetitionsGiven) {
+        args.push_back(repetitions);
+        args.push_back(interleaving);
+    }
+    int count = static_cast<int>(args.size());
+    benchmark::Initialize(&count, args.data());
+    return !benchmark::ReportUnrecognizedArguments(count, args.data());
+}
+
+// ---- collecting and summing up the times ----------------------------------------------
+
+// Collects the CPU ns per call of every run, the least over repetitions
+// (which other work on a shared machine disturbs least); shows Google
+// Benchmark's own lines only when asked to (a summary table may repeat them).
+class CollectingReporter : public benchmark::ConsoleReporter {
+public:
+    // Colour only on a terminal, so that a saved log stays plain text.
+    explicit CollectingReporter(bool echo)
+        : ConsoleReporter(isatty(STDOUT_FILENO) ? OO_ColorTabular : OO_Tabular), echo_(echo) {}
+
+    bool ReportContext(const Context& context) override { return echo_ ? ConsoleReporter::ReportContext(context) : true; }
+
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs) {
+            if (run.error_occurred) {
+                std::fprintf(stderr, "%s: %s\n", run.benchmark_name().c_str(), run.error_message.c_str());
+                ++errors;
+                continue;
+            }
+            if (run.run_type == Run::RT_Aggregate) continue;
+            // The name without the min_time suffix.
+            const auto [it, added] = cpuNs.emplace(run.run_name.function_name, run.GetAdjustedCPUTime());
+            if (!added) it->second = std::min(it->second, run.GetAdjustedCPUTime());
+        }
+        if (echo_) ConsoleReporter::ReportRuns(runs);
+    }
+
+    // NaN for a run that did not take place (filtered out, or failed).
+    double ns(const std::string& name) const {
+        const auto it = cpuNs.find(name);
+        return it == cpuNs.end() ? NAN : it->second;
+    }
+
+    std::map<std::string, double> cpuNs;
+    int errors = 0;
+
+private:
+    bool echo_;
+};
+
+inline double median(std::vector<double> values) {
+    if (values.empty()) return NAN;
+    std::sort(values.begin(), values.end());
+    const size_t mid = values.size() / 2;
+    return values.size() % 2 ? values[mid] : (values[mid - 1] + values[mid]) / 2;
+}
+
+// The ratio columns of a results table (ours/rival, ours/bound), summed up
+// per group of rows, e.g. a type and a direction: the median of each column,
+// in how many rows it is below 1 (ours faster) and its largest value.
+class RatioMedians {
+public:
+    // `groupHeads` names the columns that tell a group, e.g. {"type", "dir"};
+    // add() takes a group as their cells joined by " | ".
+    RatioMedians(std::vector<std::string> groupHeads, std::vector<std::string> columns)
+        : groupHeads_(std::move(groupHeads)), columns_(std::move(columns)) {}
+
+    // Groups appear in the order of their first ratio; a NaN (a run filtered
+    // out) is left out.
+    void add(const std::string& group, size_t column, double ratio) {
+        auto it = std::find_if(groups_.begin(), groups_.end(), [&](const auto& g) { return g.first == group; });
+        if (it == groups_.end()) it = groups_.insert(groups_.end(), {group, std::vector<std::vector<double>>(columns_.size())});
+        if (std::isfinite(ratio)) it->second[column].push_back(ratio);
+    }
+
+    void print() const {
+        std::string title, heads, rule;
+        for (const std::string& h : groupHeads_) {
+            title += (title.empty() ? "" : " and ") + h;
+            heads += " " + h + " |";
+            rule += "---|";
+        }
+        for (const std::string& c : columns_) {
+            heads += " " + c + " |";
+            rule += "---:|";
+        }
+        std::printf("\nmedians per %s (in brackets: rows below 1 of all rows, and the largest):\n\n|%s\n|%s\n", title.c_str(),
+                    heads.c_str(), rule.c_str());
+        for (const auto& [group, ratios] : groups_) {
+            std::printf("| %s |", group.c_str());
+            for (const std::vector<double>& r : ratios) {
+                if (r.empty()) {
+                    std::printf(" - |");
+                    continue;
+                }
+                const auto below = std::count_if(r.begin(), r.end(), [](double x) { return x < 1; });
+                std::printf(" %.2f (%td of %zu, largest %.2f) |", median(r), below, r.size(),
+                            *std::max_element(r.begin(), r.end()));
+            }
+            std::printf("\n");
+        }
+    }
+
+private:
+    std::vector<std::string> groupHeads_;
+    std::vector<std::string> columns_;
+    std::vector<std::pair<std::string, std::vector<std::vector<double>>>> groups_;
+};
 
 }  // namespace tvkbench

@@ -1,55 +1,44 @@
-// Walsh-Hadamard throughput, in elements per nanosecond, of the library
-// against two local baselines: the textbook in-place radix-2 loop and a
-// radix-4 loop that does two stages per sweep over memory.  Both baselines
-// work in place on a copy of the source, as an out-of-place caller would.
+// Walsh-Hadamard Codelets of libtvkgenu8 against two local rivals, every order
+// 1 to 13, both element types, out of place:
+//   loop     the textbook in-place radix-2 loop, stage by stage with pairs at
+//            distance h, on a copy of the source;
+//   blocked  what FFTW-like codelets would do on 128-bit registers: a block
+//            of up to 8 registers loaded, every stage within it done in
+//            registers, stored; then passes over memory, each doing up to 3
+//            more stages on 8 registers taken at a stride.
+// Both keep the butterfly order of ours: each value takes the stages in
+// ascending order, (a, b) <- (a + b, a - b) with the lower index the minuend,
+// so all three give the same bits, which is checked before timing.  Ours is
+// each order's Codelet called directly with ScaleNoDiv and a caller buffer.
+// After the runs a table of CPU ns per call is printed with the ratios.
+//
+//   tvkgen-bench-wht [--quick] [Google Benchmark flags]
 #include <benchmark/benchmark.h>
+#include <emmintrin.h>
 
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
 #include <cstring>
+#include <memory>
 #include <random>
+#include <string>
 #include <vector>
 
+#include "bench_support.h"
 #include "tvkgen.h"
 
 namespace {
 
-template <class T>
-void radix2(T* x, int n) {
-    for (int h = 1; h < n; h *= 2)
-        for (int i = 0; i < n; i += 2 * h)
-            for (int j = i; j < i + h; ++j) {
-                const T a = x[j], b = x[j + h];
-                x[j] = a + b;
-                x[j + h] = a - b;
-            }
-}
-
-// Stages h and 2h fused on each quadruple; a last radix-2 stage for odd orders.
-template <class T>
-void radix4(T* x, int n) {
-    int h = 1;
-    for (; 4 * h <= n; h *= 4)
-        for (int i = 0; i < n; i += 4 * h)
-            for (int j = i; j < i + h; ++j) {
-                const T a = x[j] + x[j + h], b = x[j] - x[j + h];
-                const T c = x[j + 2 * h] + x[j + 3 * h], d = x[j + 2 * h] - x[j + 3 * h];
-                x[j] = a + c;
-                x[j + h] = b + d;
-                x[j + 2 * h] = a - c;
-                x[j + 3 * h] = b - d;
-            }
-    if (h < n)
-        for (int j = 0; j < h; ++j) {
-            const T a = x[j], b = x[j + h];
-            x[j] = a + b;
-            x[j + h] = a - b;
-        }
-}
+// ---- the library, per element type ---------------------------------------------
 
 // Each order's Codelet directly, as a caller of one fixed order would call it.
 #define WHT_ROW_32F(M) tvkgWHT_##M##_32f,
 #define WHT_ROW_64F(M) tvkgWHT_##M##_64f,
 constexpr tvkWHTCodelet_32f kCodelets32f[] = {TVKGEN_WHT_ORDERS(WHT_ROW_32F)};
 constexpr tvkWHTCodelet_64f kCodelets64f[] = {TVKGEN_WHT_ORDERS(WHT_ROW_64F)};
+#undef WHT_ROW_32F
+#undef WHT_ROW_64F
 
 tvkStatus library(const float* s, float* d, int m, uint8_t* b) { return kCodelets32f[m - 1](s, d, ScaleNoDiv, b); }
 tvkStatus library(const double* s, double* d, int m, uint8_t* b) { return kCodelets64f[m - 1](s, d, ScaleNoDiv, b); }
@@ -64,38 +53,269 @@ int32_t bufferBytes(double*, int m) {
     return size;
 }
 
-enum class Kind { Library, Radix2, Radix4 };
+// ---- the loop rival --------------------------------------------------------------
 
-template <class T, Kind K>
-void BM_WHT(benchmark::State& state) {
-    const int order = static_cast<int>(state.range(0));
-    const int n = 1 << order;
-    std::vector<T> src(n), dst(n);
-    std::mt19937 gen(1);
-    std::uniform_real_distribution<T> dist(-1, 1);
-    for (T& e : src) e = dist(gen);
-    std::vector<double> buffer(bufferBytes(static_cast<T*>(nullptr), order) / sizeof(double) + 1);
-    auto* work = reinterpret_cast<uint8_t*>(buffer.data());
-    for (auto _ : state) {
-        if constexpr (K == Kind::Library) {
-            library(src.data(), dst.data(), order, work);
-        } else {
-            std::memcpy(dst.data(), src.data(), n * sizeof(T));
-            K == Kind::Radix2 ? radix2(dst.data(), n) : radix4(dst.data(), n);
-        }
-        benchmark::DoNotOptimize(dst.data());
-        benchmark::ClobberMemory();
-    }
-    state.counters["elem/ns"] =
-        benchmark::Counter(n * 1e-9, benchmark::Counter::kIsIterationInvariantRate);
+template <class T>
+void radix2Loop(T* x, int n) {
+    for (int h = 1; h < n; h *= 2)
+        for (int i = 0; i < n; i += 2 * h)
+            for (int j = i; j < i + h; ++j) {
+                const T a = x[j], b = x[j + h];
+                x[j] = a + b;
+                x[j + h] = a - b;
+            }
 }
 
-#define WHT_BENCH(T, K) BENCHMARK(BM_WHT<T, Kind::K>)->Name("WHT_" #T "/" #K)->DenseRange(1, 13)
-WHT_BENCH(float, Library);
-WHT_BENCH(float, Radix2);
-WHT_BENCH(float, Radix4);
-WHT_BENCH(double, Library);
-WHT_BENCH(double, Radix2);
-WHT_BENCH(double, Radix4);
+// ---- the blocked rival -------------------------------------------------------------
+
+template <class T>
+struct Sse;
+
+template <>
+struct Sse<float> {
+    using V = __m128;
+    static constexpr int lanes = 4;
+    static V zero() { return _mm_setzero_ps(); }
+    static V load(const float* p) { return _mm_loadu_ps(p); }
+    static void store(float* p, V v) { _mm_storeu_ps(p, v); }
+    // Stages 0 and 1 pair lanes of one vector: four vectors are transposed,
+    // so that these stages pair vectors instead.
+    static constexpr int kLaneStages = 2;
+    static void laneStages(V* v, int count, int stages);
+};
+
+template <>
+struct Sse<double> {
+    using V = __m128d;
+    static constexpr int lanes = 2;
+    static V zero() { return _mm_setzero_pd(); }
+    static V load(const double* p) { return _mm_loadu_pd(p); }
+    static void store(double* p, V v) { _mm_storeu_pd(p, v); }
+    // Stage 0 pairs the two lanes of a vector: two vectors exchange halves,
+    // so that it pairs vectors instead.
+    static constexpr int kLaneStages = 1;
+    static void laneStages(V* v, int count, int stages);
+};
+
+// (a, b) <- (a + b, a - b), as ours.
+inline void butterfly(__m128& a, __m128& b) {
+    const __m128 t = a;
+    a = _mm_add_ps(t, b);
+    b = _mm_sub_ps(t, b);
+}
+inline void butterfly(__m128d& a, __m128d& b) {
+    const __m128d t = a;
+    a = _mm_add_pd(t, b);
+    b = _mm_sub_pd(t, b);
+}
+
+// The stages d = 1, 2, ... between `count` vectors, each from its own place.
+template <class V>
+inline void vectorStages(V* v, int count) {
+    for (int d = 1; d < count; d *= 2)
+        for (int k = 0; k < count; ++k)
+            if (!(k & d)) butterfly(v[k], v[k + d]);
+}
+
+inline void Sse<float>::laneStages(__m128* v, int count, int stages) {
+    for (int g = 0; g < count; g += 4) {
+        _MM_TRANSPOSE4_PS(v[g], v[g + 1], v[g + 2], v[g + 3]);
+        butterfly(v[g], v[g + 1]);
+        butterfly(v[g + 2], v[g + 3]);
+        if (stages == 2) {
+            butterfly(v[g], v[g + 2]);
+            butterfly(v[g + 1], v[g + 3]);
+        }
+        _MM_TRANSPOSE4_PS(v[g], v[g + 1], v[g + 2], v[g + 3]);
+    }
+}
+
+// (x0, x1), (x2, x3) <-> (x0, x2), (x1, x3); its own inverse.
+inline void exchange(__m128d& a, __m128d& b) {
+    const __m128d low = _mm_unpacklo_pd(a, b);
+    b = _mm_unpackhi_pd(a, b);
+    a = low;
+}
+
+inline void Sse<double>::laneStages(__m128d* v, int count, int) {
+    for (int g = 0; g < count; g += 2) {
+        exchange(v[g], v[g + 1]);
+        butterfly(v[g], v[g + 1]);
+        exchange(v[g], v[g + 1]);
+    }
+}
+
+// The first stages of `Count` vectors from src, all in registers, into dst;
+// a lane transpose takes a whole group of vectors, so a shorter block is
+// padded with zero vectors, whose results are not stored.
+template <class T, int Count>
+void block(const T* src, T* dst, int laneStages) {
+    using S = Sse<T>;
+    constexpr int kHeld = std::max(Count, S::lanes);
+    typename S::V v[kHeld];
+    for (int i = 0; i < kHeld; ++i) v[i] = i < Count ? S::load(src + i * S::lanes) : S::zero();
+    S::laneStages(v, kHeld, laneStages);
+    vectorStages(v, Count);
+    for (int i = 0; i < Count; ++i) S::store(dst + i * S::lanes, v[i]);
+}
+
+// log2(Count) stages from distance h up, in place, Count vectors at a time
+// taken h elements apart.
+template <class T, int Count>
+void pass(T* x, int n, int h) {
+    using S = Sse<T>;
+    for (int i = 0; i < n; i += Count * h)
+        for (int j = i; j < i + h; j += S::lanes) {
+            typename S::V v[Count];
+            for (int k = 0; k < Count; ++k) v[k] = S::load(x + j + k * h);
+            vectorStages(v, Count);
+            for (int k = 0; k < Count; ++k) S::store(x + j + k * h, v[k]);
+        }
+}
+
+constexpr int kBlockVectors = 8;  // of the 16 XMM registers, the rest for transposes and butterflies
+
+template <class T>
+void blockedWht(const T* src, T* dst, int order) {
+    using S = Sse<T>;
+    const int n = 1 << order;
+    const int laneStages = std::min(order, S::kLaneStages);
+    if (n < S::lanes) {  // tvk32f order 1: half a vector
+        alignas(16) T in[S::lanes] = {}, out[S::lanes];
+        std::copy(src, src + n, in);
+        block<T, 1>(in, out, laneStages);
+        std::copy(out, out + n, dst);
+        return;
+    }
+    const int vectors = std::min(n / S::lanes, kBlockVectors);
+    for (int i = 0; i < n; i += vectors * S::lanes) {
+        switch (vectors) {
+            case 1: block<T, 1>(src + i, dst + i, laneStages); break;
+            case 2: block<T, 2>(src + i, dst + i, laneStages); break;
+            case 4: block<T, 4>(src + i, dst + i, laneStages); break;
+            default: block<T, kBlockVectors>(src + i, dst + i, laneStages); break;
+        }
+    }
+    for (int h = vectors * S::lanes; h < n;) {
+        const int group = std::min(n / h, kBlockVectors);
+        switch (group) {
+            case 2: pass<T, 2>(dst, n, h); break;
+            case 4: pass<T, 4>(dst, n, h); break;
+            default: pass<T, kBlockVectors>(dst, n, h); break;
+        }
+        h *= group;
+    }
+}
+
+// ---- one case: an order and a type, the three routes on one signal ------------------
+
+template <class T>
+class Case {
+public:
+    explicit Case(int order)
+        : order_(order), src_(size_t{1} << order), dst_(src_.size()),
+          buffer_(bufferBytes(static_cast<T*>(nullptr), order) / sizeof(double) + 1) {
+        std::mt19937 random(order);
+        std::uniform_real_distribution<T> uniform(-1, 1);
+        for (T& e : src_) e = uniform(random);
+    }
+
+    void ours() { library(src_.data(), dst_.data(), order_, reinterpret_cast<uint8_t*>(buffer_.data())); }
+    void loop() {
+        std::memcpy(dst_.data(), src_.data(), src_.size() * sizeof(T));
+        radix2Loop(dst_.data(), static_cast<int>(dst_.size()));
+    }
+    void blocked() { blockedWht(src_.data(), dst_.data(), order_); }
+
+    const std::vector<T>& result() const { return dst_; }
+
+private:
+    int order_;
+    std::vector<T> src_, dst_;
+    std::vector<double> buffer_;  // 8-byte aligned, as the buffer must be
+};
+
+template <class T>
+struct Route {
+    const char* name;
+    void (Case<T>::*run)();
+};
+
+template <class T>
+constexpr Route<T> kRoutes[] = {{"ours", &Case<T>::ours}, {"loop", &Case<T>::loop}, {"blocked", &Case<T>::blocked}};
+
+const char* typeName(float*) { return "tvk32f"; }
+const char* typeName(double*) { return "tvk64f"; }
+
+std::string benchmarkName(const char* type, const char* route, int order) {
+    return std::string("wht/") + type + "/" + route + "/" + std::to_string(order);
+}
+
+constexpr int kOrders = 13;
+
+// Registers the three routes of every order; a rival whose bits differ from
+// ours is reported on stderr and counted.
+template <class T>
+int registerCases(double minTime) {
+    const char* type = typeName(static_cast<T*>(nullptr));
+    int mismatches = 0;
+    for (int order = 1; order <= kOrders; ++order) {
+        auto c = std::make_shared<Case<T>>(order);
+        c->ours();
+        const std::vector<T> ours = c->result();
+        for (const Route<T>& route : kRoutes<T>) {
+            ((*c).*route.run)();
+            if (route.run != &Case<T>::ours && std::memcmp(c->result().data(), ours.data(), ours.size() * sizeof(T)) != 0) {
+                std::fprintf(stderr, "%s order %d: %s differs from ours\n", type, order, route.name);
+                ++mismatches;
+            }
+            benchmark::RegisterBenchmark(benchmarkName(type, route.name, order).c_str(),
+                                         [c, run = route.run](benchmark::State& state) {
+                                             for (auto _ : state) {
+                                                 ((*c).*run)();
+                                                 benchmark::DoNotOptimize(c->result().data());
+                                                 benchmark::ClobberMemory();
+                                             }
+                                         })
+                ->MinTime(minTime)
+                ->Unit(benchmark::kNanosecond);
+        }
+    }
+    return mismatches;
+}
+
+void printTable(const tvkbench::CollectingReporter& reporter) {
+    std::printf("\n| type | order | ours ns | loop ns | blocked ns | ours/loop | ours/blocked |\n"
+                "|---|---:|---:|---:|---:|---:|---:|\n");
+    tvkbench::RatioMedians medians({"type"}, {"ours/loop", "ours/blocked"});
+    for (const char* type : {"tvk32f", "tvk64f"})
+        for (int order = 1; order <= kOrders; ++order) {
+            const double ours = reporter.ns(benchmarkName(type, "ours", order)),
+                         loop = reporter.ns(benchmarkName(type, "loop", order)),
+                         blocked = reporter.ns(benchmarkName(type, "blocked", order));
+            if (std::isnan(ours) && std::isnan(loop) && std::isnan(blocked)) continue;  // filtered out
+            medians.add(type, 0, ours / loop);
+            medians.add(type, 1, ours / blocked);
+            std::printf("| %s | %d | %.2f | %.2f | %.2f | %.2f | %.2f |\n", type, order, ours, loop, blocked,
+                        ours / loop, ours / blocked);
+        }
+    medians.print();
+}
 
 }  // namespace
+
+int main(int argc, char** argv) {
+    bool quick = false;
+    if (!tvkbench::initialize(argc, argv, quick)) return 2;
+
+    const double minTime = quick ? 0.01 : 0.1;
+    const int mismatches = registerCases<float>(minTime) + registerCases<double>(minTime);
+    std::printf("timing orders 1 to %d, ours, loop and blocked, %.2f s minimum per run%s\n", kOrders, minTime,
+                quick ? " (quick)" : "");
+    std::fflush(stdout);
+    tvkbench::CollectingReporter reporter(!quick);
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+    printTable(reporter);
+    return mismatches == 0 && reporter.errors == 0 ? 0 : 1;
+}

@@ -278,7 +278,7 @@ int main(int argc, char** argv) {
     if (!tvkbench::initialize(argc, argv, quick)) return 2;
 
     const int first = 64, last = quick ? 1 << 12 : 1 << 20;
-    const double minTime = quick ? 0.01 : 0.2;
+    const double minTime = quick ? 0.01 : 0.1;
     const int mismatches = registerCases<float>(first, last, minTime) + registerCases<double>(first, last, minTime);
     std::printf("timing n = %d to %d, ours, REDFT11 and the FFT route on %s, %.2f s minimum per run%s\n", first, last,
                 tvkbench::fftwLabels().c_str(), minTime, quick ? " (quick)" : "");

@@ -268,7 +268,7 @@ int main(int argc, char** argv) {
     bool quick = false;
     if (!tvkbench::initialize(argc, argv, quick)) return 2;
 
-    const double minTime = quick ? 0.01 : 0.1;
+    const double minTime = quick ? 0.01 : 0.04;
     std::vector<Key> keys;
     int mismatches = 0;
     registerCases(kCodelets32fc, minTime, keys, mismatches);

@@ -201,7 +201,7 @@ inline void printBoundNote(double ghz, const std::string& countsPath) {
 // every case but a short minimum time per run (run.sh uses it).  False when
 // an argument is unknown.
 //
-// A full run times every case three times, the cases in a random order each
+// A full run times every case eight times, the cases in a random order each
 // time, and keeps the least time of each: a shared or virtual machine has
 // stretches of seconds in which everything runs up to twice as slowly, and
 // one run per case, the cases one after the other, let such a stretch pass
@@ -215,7 +215,7 @@ inline bool initialize(int argc, char** argv, bool& quick) {
         else args.push_back(argv[i]);
         if (std::strncmp(argv[i], "--benchmark_repetitions", 23) == 0) repetitionsGiven = true;
     }
-    static char repetitions[] = "--benchmark_repetitions=3";
+    static char repetitions[] = "--benchmark_repetitions=8";
     static char interleaving[] = "--benchmark_enable_random_interleaving=true";
     if (!quick && !repetitionsGiven) {
         args.push_back(repetitions);

@@ -308,7 +308,7 @@ int main(int argc, char** argv) {
     bool quick = false;
     if (!tvkbench::initialize(argc, argv, quick)) return 2;
 
-    const double minTime = quick ? 0.01 : 0.1;
+    const double minTime = quick ? 0.01 : 0.04;
     const int mismatches = registerCases<float>(minTime) + registerCases<double>(minTime);
     std::printf("timing orders 1 to %d, ours, loop and blocked, %.2f s minimum per run%s\n", kOrders, minTime,
                 quick ? " (quick)" : "");

@@ -25,7 +25,7 @@ BEGIN {
     split("shufps unpcklps unpckhps movlhps movhlps pshufd movsldup movshdup shufpd unpcklpd unpckhpd movddup palignr pshufb", s, " ")
     for (i in s) shuffle[s[i]] = 1
     split("add sub mul addsub hadd hsub div", a, " ")
-    for (i in a) for (t = 0; t < 4; ++t) arithmetic[a[i] substr("psssspsd", 2 * t + 1, 2)] = 1
+    for (i in a) for (t = 0; t < 4; ++t) arithmetic[a[i] substr("pssspdsd", 2 * t + 1, 2)] = 1
     split("xorps xorpd andps andpd andnps andnpd orps orpd pxor", x, " ")
     for (i in x) sign[x[i]] = 1
     split("movaps movapd movups movupd movlps movhps movlpd movhpd movss movsd movq movd movdqa movdqu lddqu", m, " ")

@@ -13,7 +13,7 @@ struct ReferenceSize {
     int64_t bytes32f, bytes64f;  // -1: refused
 };
 
-// The sizes of the specification of the family, for both element types.
+// The reference sizes the family promises, for both element types.
 constexpr ReferenceSize kReferenceSizes[] = {
     {2, 256, 256},
     {4, 256, 256},

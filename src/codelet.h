@@ -109,11 +109,8 @@ inline __m128 negate(__m128 a) { return _mm_xor_ps(a, _mm_set1_ps(-0.0f)); }
 
 // ---- complex helpers of the interleaved form (real part in the low half) ----
 
+// The bodies keep signs and products by +-i in the form of each register
+// (see the interleaved back-end); the swap is the one shuffle they need.
 inline __m128d swapHalves(__m128d a) { return _mm_shuffle_pd(a, a, 1); }
-inline __m128d negate(__m128d a) { return _mm_xor_pd(a, _mm_set1_pd(-0.0)); }
-// i a = (-a.im, a.re)
-inline __m128d timesI(__m128d a) { return _mm_xor_pd(swapHalves(a), _mm_set_pd(0.0, -0.0)); }
-// -i a = (a.im, -a.re)
-inline __m128d timesMinusI(__m128d a) { return _mm_xor_pd(swapHalves(a), _mm_set_pd(-0.0, 0.0)); }
 
 }  // namespace tvk

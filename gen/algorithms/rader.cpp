@@ -120,7 +120,10 @@ Batch raderDeferred(Arithmetic& g, const Plan& plan, const Batch& in, const DftO
                     const Multipliers& pre) {
     const int p = plan.n, n = p - 1, h = n / 2, root = plan.root, count = static_cast<int>(in.size());
     const std::vector<Complex> B = raderMultipliers(p, root, opt.sign, -1);
-    const DftOptions forward = convolutionOptions(opt).first;
+    DftOptions forward = convolutionOptions(opt).first;
+    // On half-spectrum pairs the conjugate-pair split radix would save
+    // additions, and the published counts are those of the w^3n form.
+    forward.conjugatePairs = false;
     // The network once more on symbolic inputs (s then d), to be transposed;
     // it is built by the plan of the back transform.
     Graph network(1);

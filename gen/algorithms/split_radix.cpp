@@ -5,6 +5,15 @@ namespace gen {
 // Split radix, decimation in frequency.  The rotations act on the 2-point
 // differences; at n = N/8 both rotations share the products h*a and h*b.
 // Each rotation is a block of its own.
+//
+// With conjugate pairs the second quarter is rotated by w^-n, not w^3n, and
+// gives the outputs 4k - 1.  The two rotations of a + q and a - q (q = i b)
+// then share their parts: with w = c + i s,
+//   w (a + q) = E + F,  w^-1 (a - q) = E - F,  E = c a + i s q,  F = c q + i s a,
+// the same operations as two complex products, but by real and imaginary
+// constants only, and E and F each add values that come out of their
+// products in the same order of halves: the interleaved back-end swaps
+// halves once, for E + F and E - F together, instead of three times.
 Nodes splitRadix(Arithmetic& g, const Nodes& x, const DftOptions& opt) {
     const int N = static_cast<int>(x.size());
     if (N == 1) return x;
@@ -25,7 +34,15 @@ Nodes splitRadix(Arithmetic& g, const Nodes& x, const DftOptions& opt) {
             const int r = g.mul(a, h), t = g.mul(b, h);
             const int A = g.add(r, t), B = g.sub(r, t);
             z1[n] = g.narrow(g.add(B, g.mul(A, rotation(opt.sign))));
-            z3[n] = g.narrow(g.mul(g.sub(B, g.mul(A, rotation(opt.sign))), minusOne));
+            const int z3n = g.sub(B, g.mul(A, rotation(opt.sign)));
+            z3[n] = g.narrow(opt.conjugatePairs ? z3n : g.mul(z3n, minusOne));
+        } else if (opt.conjugatePairs) {
+            const Complex w = rootOfUnity(n, N, opt.sign);
+            const Complex c{w.re, Real::ofInt(0)}, is{Real::ofInt(0), w.im};
+            const int q = g.mul(b, rotation(opt.sign));
+            const int E = g.add(g.mul(a, c), g.mul(q, is)), F = g.add(g.mul(q, c), g.mul(a, is));
+            z1[n] = g.narrow(g.add(E, F));
+            z3[n] = g.narrow(g.sub(E, F));
         } else {
             const int ib = g.mul(b, rotation(opt.sign));
             z1[n] = g.narrow(g.mul(g.add(a, ib), rootOfUnity(n, N, opt.sign)));
@@ -37,7 +54,7 @@ Nodes splitRadix(Arithmetic& g, const Nodes& x, const DftOptions& opt) {
     for (int k = 0; k < N / 2; ++k) X[2 * k] = U[k];
     for (int k = 0; k < N / 4; ++k) {
         X[4 * k + 1] = Z1[k];
-        X[4 * k + 3] = Z3[k];
+        X[4 * k + 3] = opt.conjugatePairs ? Z3[(k + 1) % (N / 4)] : Z3[k];
     }
     return X;
 }

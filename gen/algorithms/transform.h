@@ -11,6 +11,7 @@ struct DftOptions {
     bool bluesteinReadsPast = false;  // Form B fetches element p and multiplies it by 0
     bool deferredRotation = false;    // Rader as a real-coefficient network, i applied last
     bool realRader = false;           // Rader on pairs of real values, the real family's form
+    bool conjugatePairs = false;      // split radix rotating by w^n and w^-n (see split_radix.cpp)
 };
 
 // Transforms every signal of the batch by `plan`; input j of signal t is

@@ -89,6 +89,7 @@ Codelet codelet(int n, const Set& set) {
     opt.sign = set.inverse ? +1 : -1;
     opt.bluesteinReadsPast = split;
     opt.deferredRotation = !single;  // x[p] times 0: a NaN behind the source reaches every output
+    opt.conjugatePairs = !single;    // its interleaved back-end swaps halves only where orders meet
     std::string statements;
     OpCount count;
     if (single && !split) {

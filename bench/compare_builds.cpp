@@ -18,10 +18,11 @@
 #include <cstring>
 #include <vector>
 
+#include "tvkgen.h"
+
 namespace {
 
-using Codelet = int (*)(const void* src, void* dst, int flag);
-constexpr int kScaleNoDiv = 8;
+using Codelet = tvkStatus (*)(const void* src, void* dst, int32_t flag);
 constexpr int kBatch = 100, kRounds = 400;
 
 double cpuNs() {
@@ -70,7 +71,7 @@ int main(int argc, char** argv) {
             for (size_t b = 0; b < builds.size(); ++b) {
                 const double start = cpuNs();
                 for (int i = 0; i < kBatch; ++i) {
-                    codelets[n][b](src, dst, kScaleNoDiv);
+                    codelets[n][b](src, dst, ScaleNoDiv);
                     asm volatile("" ::: "memory");
                 }
                 least[n][b] = std::min(least[n][b], (cpuNs() - start) / kBatch);

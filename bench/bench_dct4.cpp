@@ -39,17 +39,21 @@ struct Api;
 template <>
 struct Api<float> {
     static constexpr const char* name = "32f";
-    static tvkStatus initAlloc(DCT4Spec** spec, int n) { return tvkgDCT4InitAlloc_32f(spec, n); }
-    static tvkStatus transform(const float* x, float* y, const DCT4Spec* spec) { return tvkgDCT4_32f(x, y, spec); }
-    static tvkStatus free(DCT4Spec* spec) { return tvkgDCT4Free_32f(spec); }
+    static tvkStatus initAlloc(DCT4Spec** context, int n) { return tvkgDCT4InitAlloc_32f(context, n); }
+    static tvkStatus transform(const float* x, float* y, const DCT4Spec* context) {
+        return tvkgDCT4_32f(x, y, context);
+    }
+    static tvkStatus free(DCT4Spec* context) { return tvkgDCT4Free_32f(context); }
 };
 
 template <>
 struct Api<double> {
     static constexpr const char* name = "64f";
-    static tvkStatus initAlloc(DCT4Spec** spec, int n) { return tvkgDCT4InitAlloc_64f(spec, n); }
-    static tvkStatus transform(const double* x, double* y, const DCT4Spec* spec) { return tvkgDCT4_64f(x, y, spec); }
-    static tvkStatus free(DCT4Spec* spec) { return tvkgDCT4Free_64f(spec); }
+    static tvkStatus initAlloc(DCT4Spec** context, int n) { return tvkgDCT4InitAlloc_64f(context, n); }
+    static tvkStatus transform(const double* x, double* y, const DCT4Spec* context) {
+        return tvkgDCT4_64f(x, y, context);
+    }
+    static tvkStatus free(DCT4Spec* context) { return tvkgDCT4Free_64f(context); }
 };
 
 // ---- one case: a length and a type, its signal and ours --------------------------------

@@ -21,19 +21,19 @@ int main(void) {
     uint8_t* block = malloc((size_t)bytes); /* the context lives at its head: never move or copy it */
     tvk64f* x = malloc(kN * sizeof *x);
     tvk64f* y = malloc(kN * sizeof *y);
-    DCT4Spec* spec = NULL;
-    if (!block || !x || !y || tvkgDCT4Init_64f(&spec, kN, block) != StatusOk) return 1;
+    DCT4Spec* context = NULL;
+    if (!block || !x || !y || tvkgDCT4Init_64f(&context, kN, block) != StatusOk) return 1;
     printf("DCT-IV of %d points: a context of %d bytes\n", kN, (int)bytes);
 
     for (int n = 0; n < kN; ++n) x[n] = sin(0.05 * n) + 0.1 * cos(0.3 * n * n);
-    if (tvkgDCT4_64f(x, y, spec) != StatusOk) return 1;
+    if (tvkgDCT4_64f(x, y, context) != StatusOk) return 1;
     double sum = 0; /* y[5] = sum over n of x[n] cos(pi/N (n + 1/2)(5 + 1/2)) */
     for (int n = 0; n < kN; ++n) sum += x[n] * cos(pi / kN * (n + 0.5) * 5.5);
     printf("y[5] = %.12f, the defining sum %.12f\n", y[5], sum);
     int ok = fabs(y[5] - sum) < 1e-10;
 
     /* Twice, in place, gives n/2 times the input. */
-    if (tvkgDCT4_64f(y, y, spec) != StatusOk) return 1;
+    if (tvkgDCT4_64f(y, y, context) != StatusOk) return 1;
     double worst = 0;
     for (int n = 0; n < kN; ++n) worst = fmax(worst, fabs(y[n] * 2 / kN - x[n]));
     printf("twice, divided by n/2: max |x - x'| = %.3g\n", worst);

@@ -23,7 +23,7 @@ namespace gen {
 namespace {
 
 // Lane l of a register holds sign[l] times part l ^ swap of its value
-// (part 0 the real part, 1 the imaginary part).
+// (index 0 the real part, 1 the imaginary part).
 struct Form {
     int swap = 0;
     std::array<int, 2> sign{1, 1};

@@ -255,19 +255,19 @@ Env7<T>* newEnv7(void* arena, int32_t m, int32_t n, int32_t s, int32_t t) {
 // ---- planning -------------------------------------------------------------------------------
 
 template <class T>
-tvkStatus planRoot(DCT4Spec* spec) {
-    void* arena = spec->header.arena;
-    const int32_t n = spec->length;
+tvkStatus planRoot(DCT4Spec* context) {
+    void* arena = context->header.arena;
+    const int32_t n = context->length;
     int32_t d;
     if (u8_divisorsIntNonTriv(&d, n / 2) != StatusOk) return StatusSize;
-    spec->divisor = d;
+    context->divisor = d;
     EnvFCompose* compose = newCompose<T>(arena, d, n);
     Env2<T>* output = newEnv2<T>(arena, d, n, compose);
-    u8_EnvList_add(spec->children, compose);
-    adopt(spec->children, spec->outputStage, output);
+    u8_EnvList_add(context->children, compose);
+    adopt(context->children, context->outputStage, output);
     if (runPlan(output) != StatusOk) return StatusSize;
     Env3<T>* input = newEnv3<T>(arena, d, n);
-    adopt(spec->children, spec->inputStage, input);
+    adopt(context->children, context->inputStage, input);
     return runPlan(input);
 }
 
@@ -428,11 +428,11 @@ tvkStatus planEnv7(Env7<T>* e) {
 // built tree deletes as well.  Buffers that stay null cost nothing. ----
 
 template <class T>
-void deleteEnv1(DCT4Spec* spec) {
-    if (spec->case_ == 6) freeBuffer(spec->header.arena, static_cast<T*>(spec->buffer), spec->length);
-    deleteList(spec->outputStage);
-    deleteList(spec->inputStage);
-    deleteChildren(spec->children);
+void deleteEnv1(DCT4Spec* context) {
+    if (context->case_ == 6) freeBuffer(context->header.arena, static_cast<T*>(context->buffer), context->length);
+    deleteList(context->outputStage);
+    deleteList(context->inputStage);
+    deleteChildren(context->children);
 }
 
 template <class Env>
@@ -465,9 +465,9 @@ void deleteEnv8(Env8<T>* e) {
 // ---- the context -------------------------------------------------------------------------------
 
 template <class T>
-void tearDown(DCT4Spec* spec) {
-    deleteEnv1<T>(spec);
-    u8_tvkgArenaFree(spec->header.arena, spec, sizeof(DCT4Spec));
+void tearDown(DCT4Spec* context) {
+    deleteEnv1<T>(context);
+    u8_tvkgArenaFree(context->header.arena, context, sizeof(DCT4Spec));
 }
 
 template <class T>
@@ -476,28 +476,28 @@ tvkStatus init(DCT4Spec** ppSpec, int32_t length, uint8_t* pBlock) {
     const uint64_t A = u8_tvkgAlignSize32Bytes(1);
     const uint64_t block = reinterpret_cast<uint64_t>(pBlock);
     setCursor(pBlock, block + 2 * A - block % A);
-    auto* spec = static_cast<DCT4Spec*>(u8_tvkgArenaMalloc(pBlock, sizeof(DCT4Spec)));
-    spec->header.size = sizeof(DCT4Spec);
-    spec->header.arena = pBlock;
-    spec->children = spec->outputStage = spec->inputStage = nullptr;
-    spec->buffer = nullptr;
-    spec->length = length;
-    spec->case_ = 0;
-    spec->outputStage = newList(pBlock);
-    spec->inputStage = newList(pBlock);
-    spec->children = newList(pBlock);
-    spec->header.__del__ = Family<T>::env1Delete;
-    spec->header.plan = Family<T>::env1Plan;
-    spec->case_ = caseOfLength(length);
-    if (spec->case_ == 6) {
+    auto* context = static_cast<DCT4Spec*>(u8_tvkgArenaMalloc(pBlock, sizeof(DCT4Spec)));
+    context->header.size = sizeof(DCT4Spec);
+    context->header.arena = pBlock;
+    context->children = context->outputStage = context->inputStage = nullptr;
+    context->buffer = nullptr;
+    context->length = length;
+    context->case_ = 0;
+    context->outputStage = newList(pBlock);
+    context->inputStage = newList(pBlock);
+    context->children = newList(pBlock);
+    context->header.__del__ = Family<T>::env1Delete;
+    context->header.plan = Family<T>::env1Plan;
+    context->case_ = caseOfLength(length);
+    if (context->case_ == 6) {
         // The root's plan runs here; `plan` holds the same function for the record.
-        if (Family<T>::env1Plan(spec) != StatusOk) {
-            tearDown<T>(spec);
+        if (Family<T>::env1Plan(context) != StatusOk) {
+            tearDown<T>(context);
             return StatusSize;
         }
-        spec->buffer = newBuffer<T>(pBlock, length);
+        context->buffer = newBuffer<T>(pBlock, length);
     }
-    *ppSpec = spec;
+    *ppSpec = context;
     return StatusOk;
 }
 
@@ -515,10 +515,10 @@ tvkStatus initAlloc(DCT4Spec** ppSpec, int32_t length) {
 }
 
 template <class T>
-tvkStatus release(DCT4Spec* spec) {
-    if (!spec) return StatusNullPtr;
-    void* block = spec->header.arena;
-    tearDown<T>(spec);
+tvkStatus release(DCT4Spec* context) {
+    if (!context) return StatusNullPtr;
+    void* block = context->header.arena;
+    tearDown<T>(context);
     tvkFree(block);
     return StatusOk;
 }
@@ -526,9 +526,9 @@ tvkStatus release(DCT4Spec* spec) {
 // ---- the compute -------------------------------------------------------------------------------
 
 template <class T>
-tvkStatus transform(const T* src, T* dst, const DCT4Spec* spec) {
-    if (!spec || !src || !dst) return StatusNullPtr;
-    switch (spec->case_) {
+tvkStatus transform(const T* src, T* dst, const DCT4Spec* context) {
+    if (!context || !src || !dst) return StatusNullPtr;
+    switch (context->case_) {
         case 1: direct2(src, dst); return StatusOk;
         case 2: direct4(src, dst); return StatusOk;
         case 3: direct8(src, dst); return StatusOk;
@@ -537,10 +537,10 @@ tvkStatus transform(const T* src, T* dst, const DCT4Spec* spec) {
         case 6: break;
         default: return StatusBadArg;
     }
-    T* buffer = static_cast<T*>(spec->buffer);
-    auto* input = static_cast<Env3<T>*>(u8_EnvList_get(spec->inputStage, 0));
+    T* buffer = static_cast<T*>(context->buffer);
+    auto* input = static_cast<Env3<T>*>(u8_EnvList_get(context->inputStage, 0));
     if (input->state == 1) Family<T>::env5Compute(static_cast<Env5<T>*>(u8_EnvList_get(input->stages, 0)), buffer, src);
-    auto* output = static_cast<Env2<T>*>(u8_EnvList_get(spec->outputStage, 0));
+    auto* output = static_cast<Env2<T>*>(u8_EnvList_get(context->outputStage, 0));
     if (output->state == 1) Family<T>::env4Compute(static_cast<Env4<T>*>(u8_EnvList_get(output->stages, 0)), dst, buffer);
     return StatusOk;
 }

@@ -33,11 +33,11 @@ TEST(Dct4Arena, FirstAllocationIs33To64BytesPastAnyBlockStart) {
     for (int offset = 0; offset < 32; ++offset) {
         for (const int32_t n : {16, 64}) {
             uint8_t* block = base + offset;
-            DCT4Spec* spec = nullptr;
-            ASSERT_EQ(tvkgDCT4Init_32f(&spec, n, block), StatusOk);
-            const ptrdiff_t past = reinterpret_cast<uint8_t*>(spec) - block;
+            DCT4Spec* context = nullptr;
+            ASSERT_EQ(tvkgDCT4Init_32f(&context, n, block), StatusOk);
+            const ptrdiff_t past = reinterpret_cast<uint8_t*>(context) - block;
             EXPECT_EQ(past, 64 - offset) << offset;
-            EXPECT_EQ(reinterpret_cast<uintptr_t>(spec) % 32, 0u) << offset;
+            EXPECT_EQ(reinterpret_cast<uintptr_t>(context) % 32, 0u) << offset;
         }
     }
 }

@@ -24,9 +24,9 @@ const Object* item(const EnvList* list, int32_t index = 0) {
 
 // The env7 levels from the top of stage 1 down.
 template <class T>
-std::vector<const Env7<T>*> stepsOf(const DCT4Spec* spec) {
+std::vector<const Env7<T>*> stepsOf(const DCT4Spec* context) {
     std::vector<const Env7<T>*> steps;
-    const auto* columns = item<Env5<T>>(item<Env3<T>>(spec->inputStage)->stages);
+    const auto* columns = item<Env5<T>>(item<Env3<T>>(context->inputStage)->stages);
     if (columns->case_ != 7) return steps;
     for (const auto* step = item<Env7<T>>(columns->stages); step;) {
         steps.push_back(step);
@@ -37,8 +37,8 @@ std::vector<const Env7<T>*> stepsOf(const DCT4Spec* spec) {
 }
 
 template <class T>
-const Env4<T>* rotationsOf(const DCT4Spec* spec) {
-    return item<Env4<T>>(item<Env2<T>>(spec->outputStage)->stages);
+const Env4<T>* rotationsOf(const DCT4Spec* context) {
+    return item<Env4<T>>(item<Env2<T>>(context->outputStage)->stages);
 }
 
 class Dct4PlanShape : public ByLength {};
@@ -49,10 +49,10 @@ void hasItsRecursionDepth(int32_t n) {
     const Context<T> c(n);
     ASSERT_EQ(c.status(), StatusOk);
     const size_t depth = n <= 2048 ? 0 : n <= 65536 ? 1 : n <= (1 << 21) ? 2 : 3;
-    const auto steps = stepsOf<T>(c.spec());
+    const auto steps = stepsOf<T>(c.context());
     EXPECT_EQ(steps.size(), depth);
-    EXPECT_EQ(c.spec()->divisor, 32);
-    EXPECT_EQ(c.spec()->case_, 6);
+    EXPECT_EQ(c.context()->divisor, 32);
+    EXPECT_EQ(c.context()->case_, 6);
 }
 
 TEST_P(Dct4PlanShape, HasItsRecursionDepth) {
@@ -65,7 +65,7 @@ INSTANTIATE_TEST_SUITE_P(Lengths, Dct4PlanShape, ::testing::Values(2048, 4096, 6
 // The worked trees: radices, lengths and strides of every level.
 TEST(Dct4Plan, WorkedTreesOf4096And131072) {
     const Context<float> small(4096);
-    const auto steps4096 = stepsOf<float>(small.spec());
+    const auto steps4096 = stepsOf<float>(small.context());
     ASSERT_EQ(steps4096.size(), 1u);
     const Env7<float>& top = *steps4096[0];
     EXPECT_EQ(std::tuple(top.m, top.radix, top.s, top.t), std::tuple(128, 8, 64, 32));
@@ -75,7 +75,7 @@ TEST(Dct4Plan, WorkedTreesOf4096And131072) {
     EXPECT_EQ(std::tuple(leaves.L, leaves.case_), std::tuple(16, 4));
 
     const Context<double> large(131072);
-    const auto steps = stepsOf<double>(large.spec());
+    const auto steps = stepsOf<double>(large.context());
     ASSERT_EQ(steps.size(), 2u);
     EXPECT_EQ(std::tuple(steps[0]->m, steps[0]->radix, steps[0]->s, steps[0]->t), std::tuple(4096, 32, 64, 32));
     EXPECT_EQ(item<Env9<double>>(steps[0]->inner)->L, 128);
@@ -88,7 +88,7 @@ TEST(Dct4Plan, WorkedTreesOf4096And131072) {
 // pi (2l + 1) / 4n, its argument formed in single precision.
 TEST(Dct4Plan, RotationTableOf64StartsWithTheColumnZeroCosines) {
     const Context<float> c(64);
-    const Env4<float>& rotations = *rotationsOf<float>(c.spec());
+    const Env4<float>& rotations = *rotationsOf<float>(c.context());
     EXPECT_EQ(rotations.case_, 4);
     for (int l = 0; l < 4; ++l) {
         const float x = static_cast<float>(4 * l + 2) / 512.0f;
@@ -100,7 +100,7 @@ TEST(Dct4Plan, RotationTableOf64StartsWithTheColumnZeroCosines) {
 template <class T>
 void radixTablesHaveEqualLanes(int32_t n) {
     const Context<T> c(n);
-    const auto steps = stepsOf<T>(c.spec());
+    const auto steps = stepsOf<T>(c.context());
     ASSERT_FALSE(steps.empty());
     for (const Env7<T>* step : steps) {
         const Env8<T>& twiddles = *item<Env8<T>>(step->outer);
@@ -127,8 +127,8 @@ void scratchHoldsStageOne(int32_t n, const std::vector<std::pair<int, int>>& pla
     const Context<T> c(n);
     const std::vector<T> x = randomData<T>(n, 7);
     run(c, x);
-    const int32_t d = c.spec()->divisor, q = n / (2 * d);
-    const T* scratch = static_cast<const T*>(c.spec()->buffer);
+    const int32_t d = c.context()->divisor, q = n / (2 * d);
+    const T* scratch = static_cast<const T*>(c.context()->buffer);
     auto extended = [&](int64_t t) { return x[t >= 0 ? t : 2 * int64_t{n} - 1 - (t + 2 * int64_t{n})]; };
     constexpr long double pi = 3.141592653589793238462643383279502884L;
     for (const auto& [r, k] : places) {
@@ -163,14 +163,14 @@ void staysInsideItsBlock(int32_t n) {
     ASSERT_GT(bytes, 0) << n;
     AllocationLog& log = freshAllocationLog();
     auto* block = static_cast<uint8_t*>(tvkMalloc(static_cast<int32_t>(bytes)));
-    DCT4Spec* spec = nullptr;
-    ASSERT_EQ(init(static_cast<T*>(nullptr), &spec, n, block), StatusOk) << n;
+    DCT4Spec* context = nullptr;
+    ASSERT_EQ(init(static_cast<T*>(nullptr), &context, n, block), StatusOk) << n;
     const uint64_t cursor = cursorOf(block);
-    EXPECT_GT(cursor, reinterpret_cast<uint64_t>(spec)) << n;
+    EXPECT_GT(cursor, reinterpret_cast<uint64_t>(context)) << n;
     EXPECT_LE(cursor, reinterpret_cast<uint64_t>(block) + bytes) << n;
-    ASSERT_EQ(release(static_cast<T*>(nullptr), spec), StatusOk);
+    ASSERT_EQ(release(static_cast<T*>(nullptr), context), StatusOk);
     ASSERT_EQ(log.cursorAtFree.size(), 1u);
-    EXPECT_EQ(log.cursorAtFree[0], reinterpret_cast<uint64_t>(spec)) << n;
+    EXPECT_EQ(log.cursorAtFree[0], reinterpret_cast<uint64_t>(context)) << n;
 }
 
 TEST(Dct4Plan, EveryAcceptedLengthStaysInsideItsBlockAndFreeRewinds) {

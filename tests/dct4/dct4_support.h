@@ -24,14 +24,18 @@ namespace dct4test {
 
 inline tvkStatus getSize(float*, int32_t n, int32_t* size) { return tvkgDCT4GetSize_32f(n, size); }
 inline tvkStatus getSize(double*, int32_t n, int32_t* size) { return tvkgDCT4GetSize_64f(n, size); }
-inline tvkStatus init(float*, DCT4Spec** spec, int32_t n, uint8_t* block) { return tvkgDCT4Init_32f(spec, n, block); }
-inline tvkStatus init(double*, DCT4Spec** spec, int32_t n, uint8_t* block) { return tvkgDCT4Init_64f(spec, n, block); }
-inline tvkStatus initAlloc(float*, DCT4Spec** spec, int32_t n) { return tvkgDCT4InitAlloc_32f(spec, n); }
-inline tvkStatus initAlloc(double*, DCT4Spec** spec, int32_t n) { return tvkgDCT4InitAlloc_64f(spec, n); }
-inline tvkStatus release(float*, DCT4Spec* spec) { return tvkgDCT4Free_32f(spec); }
-inline tvkStatus release(double*, DCT4Spec* spec) { return tvkgDCT4Free_64f(spec); }
-inline tvkStatus transform(const float* x, float* y, const DCT4Spec* spec) { return tvkgDCT4_32f(x, y, spec); }
-inline tvkStatus transform(const double* x, double* y, const DCT4Spec* spec) { return tvkgDCT4_64f(x, y, spec); }
+inline tvkStatus init(float*, DCT4Spec** context, int32_t n, uint8_t* block) {
+    return tvkgDCT4Init_32f(context, n, block);
+}
+inline tvkStatus init(double*, DCT4Spec** context, int32_t n, uint8_t* block) {
+    return tvkgDCT4Init_64f(context, n, block);
+}
+inline tvkStatus initAlloc(float*, DCT4Spec** context, int32_t n) { return tvkgDCT4InitAlloc_32f(context, n); }
+inline tvkStatus initAlloc(double*, DCT4Spec** context, int32_t n) { return tvkgDCT4InitAlloc_64f(context, n); }
+inline tvkStatus release(float*, DCT4Spec* context) { return tvkgDCT4Free_32f(context); }
+inline tvkStatus release(double*, DCT4Spec* context) { return tvkgDCT4Free_64f(context); }
+inline tvkStatus transform(const float* x, float* y, const DCT4Spec* context) { return tvkgDCT4_32f(x, y, context); }
+inline tvkStatus transform(const double* x, double* y, const DCT4Spec* context) { return tvkgDCT4_64f(x, y, context); }
 
 template <class T>
 tvkStatus getSize(int32_t n, int32_t* size) {
@@ -59,8 +63,8 @@ public:
         status_ = init(static_cast<T*>(nullptr), &spec_, n, block_);
     }
     tvkStatus status() const { return status_; }
-    const DCT4Spec* spec() const { return spec_; }
-    DCT4Spec* spec() { return spec_; }
+    const DCT4Spec* context() const { return spec_; }
+    DCT4Spec* context() { return spec_; }
     uint8_t* block() const { return block_; }
     uint8_t* end() const { return end_; }
 
@@ -75,7 +79,7 @@ private:
 template <class T>
 std::vector<T> run(const Context<T>& c, const std::vector<T>& x) {
     std::vector<T> y(x.size());
-    EXPECT_EQ(transform(x.data(), y.data(), c.spec()), StatusOk);
+    EXPECT_EQ(transform(x.data(), y.data(), c.context()), StatusOk);
     return y;
 }
 

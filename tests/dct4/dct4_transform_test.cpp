@@ -53,12 +53,12 @@ void inPlaceUnalignedAndRepeatedGiveTheSameBits(int32_t n) {
     EXPECT_TRUE(sameBits(run(c, x), first)) << "second call";
 
     std::vector<T> inPlace = x;
-    ASSERT_EQ(transform(inPlace.data(), inPlace.data(), c.spec()), StatusOk);
+    ASSERT_EQ(transform(inPlace.data(), inPlace.data(), c.context()), StatusOk);
     EXPECT_TRUE(sameBits(inPlace, first)) << "in place";
 
     std::vector<T> src(n + 2), dst(n + 2, T(-7));
     std::copy(x.begin(), x.end(), src.begin() + 1);
-    ASSERT_EQ(transform(src.data() + 1, dst.data() + 1, c.spec()), StatusOk);
+    ASSERT_EQ(transform(src.data() + 1, dst.data() + 1, c.context()), StatusOk);
     EXPECT_TRUE(sameBits(std::vector<T>(dst.begin() + 1, dst.end() - 1), first)) << "unaligned";
     EXPECT_EQ(dst.front(), T(-7));
     EXPECT_EQ(dst.back(), T(-7));
@@ -130,7 +130,7 @@ void oddSuccessorRuns(int32_t n) {
     ASSERT_EQ(c.status(), StatusOk) << n;
     const std::vector<T> x = randomData<T>(n, 9);
     std::vector<T> y(n + 1, T(-3));
-    ASSERT_EQ(transform(x.data(), y.data(), c.spec()), StatusOk);
+    ASSERT_EQ(transform(x.data(), y.data(), c.context()), StatusOk);
     // Stage 2 covers the 2^k outputs of the plan: the last element and what
     // follows the array stay as they were.
     EXPECT_EQ(y[n - 1], T(-3)) << n;
@@ -164,7 +164,7 @@ void threadsShareAShortContext(int32_t n) {
     std::vector<std::thread> threads;
     for (int t = 0; t < kThreads; ++t)
         threads.emplace_back([&, t] {
-            for (int repeat = 0; repeat < 2000; ++repeat) transform(inputs[t].data(), together[t].data(), c.spec());
+            for (int repeat = 0; repeat < 2000; ++repeat) transform(inputs[t].data(), together[t].data(), c.context());
         });
     for (std::thread& thread : threads) thread.join();
     for (int t = 0; t < kThreads; ++t) EXPECT_TRUE(sameBits(together[t], alone[t])) << n << " thread " << t;
@@ -189,7 +189,7 @@ void threadsWithTheirOwnContexts(int32_t n) {
     for (int t = 0; t < kThreads; ++t)
         threads.emplace_back([&, t] {
             const Context<T> own(n);
-            for (int repeat = 0; repeat < 20; ++repeat) transform(x.data(), together[t].data(), own.spec());
+            for (int repeat = 0; repeat < 20; ++repeat) transform(x.data(), together[t].data(), own.context());
         });
     for (std::thread& thread : threads) thread.join();
     for (int t = 0; t < kThreads; ++t) EXPECT_TRUE(sameBits(together[t], alone)) << n << " thread " << t;

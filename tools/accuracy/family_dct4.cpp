@@ -27,9 +27,9 @@ Reference dct4Of(int n) {
 template <class R>
 Codelet dct4Codelet(const char* variant, int n, tvkStatus (*initAlloc)(DCT4Spec**, int32_t),
                     tvkStatus (*transform)(const R*, R*, const DCT4Spec*), tvkStatus (*release)(DCT4Spec*)) {
-    DCT4Spec* spec = nullptr;
-    initAlloc(&spec, n);
-    const std::shared_ptr<DCT4Spec> context(spec, [release](DCT4Spec* s) {
+    DCT4Spec* made = nullptr;
+    initAlloc(&made, n);
+    const std::shared_ptr<DCT4Spec> context(made, [release](DCT4Spec* s) {
         if (s) release(s);
     });
     Runner run = runnerOf<R>(n, n, [context, transform](const R* s, R* d) {

@@ -25,10 +25,6 @@ inline constexpr KernelSet<T> kKernels = makeKernelSet<T>();
 template <class T>
 constexpr int32_t kElementBytes = sizeof(T);
 
-// Column groups (16 bytes each) that share a 64-byte cache line in the
-// scratch and the source; stage 1 runs them side by side.
-constexpr int32_t kBatch = 64 / 16;
-
 // 1 for `first`, 2 for twice that, ... up to `last`; `other` for anything else.
 constexpr int32_t powerCase(int32_t x, int32_t first, int32_t last, int32_t other) {
     int32_t c = 1;
@@ -558,9 +554,10 @@ tvkStatus computeEnv5(const Env5<T>* e, T* dst, const T* src) {
         return StatusOk;
     }
     auto* step = static_cast<Env7<T>*>(u8_EnvList_get(e->stages, 0));
-    for (int32_t c = 0; c < e->columnGroups; c += kBatch)
+    // The column groups of one cache line run side by side through the recursion.
+    for (int32_t c = 0; c < e->columnGroups; c += kLineGroups)
         Family<T>::env7Compute(step, dst, src, V * c, e->twoNMinusOne - 2 * V * c, V * c,
-                               std::min(kBatch, e->columnGroups - c));
+                               std::min(kLineGroups, e->columnGroups - c));
     return StatusOk;
 }
 

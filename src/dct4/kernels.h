@@ -240,37 +240,50 @@ struct KernelSet {
     OutputKernel<T> output[7];
 };
 
-// R(L) of one column group from its points, bins out in order through one
-// stepping pointer.
-template <int L, class V, class T, class Point>
-[[gnu::always_inline]] inline void leafTransform(Point&& point, T* out, ptrdiff_t dstStride) {
-    V Z[L];
-    Leaf<T, L>::template run<V>(point, [&](auto slot, V value) TVK_UNROLLED { Z[slot] = value; });
-    cut(Z);
+// Column groups (16 bytes each) that share a 64-byte cache line.  The leaf
+// and output kernels compute that many groups before storing any, then
+// store line by line: with power-of-two strides a transform's results fall
+// into few cache sets, and a line left partly written is evicted before its
+// neighbours come back to it (8192 points and up).
+constexpr int32_t kLineGroups = 64 / 16;
+
+// Blocks (g, w0) to (g, w0 + G - 1) of a leaf sweep: the G transforms, then
+// their bins line by line.
+template <int G, int L, class T>
+[[gnu::always_inline]] inline void leafGroups(const T* x, T* dst, const LeafSweep& s, int32_t g, int32_t w0) {
+    using V = Vec<T>;
+    constexpr int W = kLanes<T>;
+    V Z[G][L];
+    // One copy of the transform's code, however many groups.
 #pragma GCC unroll 1
-    for (int k = 0; k < L / 2; ++k, out += 2 * dstStride) {
-        store(out, Z[2 * k]);
-        store(out + dstStride, Z[2 * k + 1]);
+    for (int32_t w = 0; w < G; ++w) {
+        const ptrdiff_t stride = opaque(s.stride);
+        // Points t >= 0 ascend from `forward`, points t = -j descend from `mirrored`.
+        const T* forward = x + s.forward + g * s.step + W * (w0 + w);
+        const T* mirrored = x + s.mirrored - g * s.step - W * (w0 + w);
+        Leaf<T, L>::template run<V>(
+            [&](auto t) TVK_UNROLLED {
+                if constexpr (t >= L / 2) return gatherLanes<1>(forward + (t - L / 2) * stride);
+                else return gatherLanes<-1>(mirrored + (L / 2 - 1 - t) * stride);
+            },
+            [&](auto slot, V value) TVK_UNROLLED { Z[w][slot] = value; });
+        cut(Z);
     }
+    // Bin k of group w: real part at out + 2k dstStride + V w, imaginary part one dstStride on.
+    T* out = dst + g * s.dstStep + W * w0;
+    const ptrdiff_t dstStride = opaque(s.dstStride);
+#pragma GCC unroll 1
+    for (int k = 0; k < L; ++k, out += dstStride)
+        unroll<G>([&](auto w) TVK_UNROLLED { store(out + W * w, Z[w][k]); });
 }
 
 template <class T, int L>
 [[gnu::flatten]] void leafKernel(const T* x, T* dst, const LeafSweep& s) {
-    using V = Vec<T>;
-    constexpr int W = kLanes<T>;
-    for (int32_t g = 0; g < s.count; ++g)
-        for (int32_t w = 0; w < s.width; ++w) {
-            const ptrdiff_t stride = opaque(s.stride);
-            // Points t >= 0 ascend from `forward`, points t = -j descend from `mirrored`.
-            const T* forward = x + s.forward + g * s.step + W * w;
-            const T* mirrored = x + s.mirrored - g * s.step - W * w;
-            leafTransform<L, V>(
-                [&](auto t) TVK_UNROLLED {
-                    if constexpr (t >= L / 2) return gatherLanes<1>(forward + (t - L / 2) * stride);
-                    else return gatherLanes<-1>(mirrored + (L / 2 - 1 - t) * stride);
-                },
-                dst + g * s.dstStep + W * w, opaque(s.dstStride));
-        }
+    for (int32_t g = 0; g < s.count; ++g) {
+        int32_t w0 = 0;
+        for (; w0 + kLineGroups <= s.width; w0 += kLineGroups) leafGroups<kLineGroups, L>(x, dst, s, g, w0);
+        for (; w0 < s.width; ++w0) leafGroups<1, L>(x, dst, s, g, w0);
+    }
 }
 
 // How the env8 table holds the twiddles of one bin.  Up to d' = 8 one region
@@ -355,35 +368,46 @@ constexpr int rotationEntry(int d, int r) {
     return -1;
 }
 
-template <class T, int D>
-[[gnu::flatten]] void outputKernel(const T* buffer, T* y, const T* table, ptrdiff_t q, int32_t groups) {
+// Row groups i0 to i0 + G - 1 of stage 2 (neighbouring rows): the G
+// transforms, then their outputs line by line.
+template <int G, int D, class T>
+[[gnu::always_inline]] inline void outputGroups(const T* buffer, T* y, const T* table, ptrdiff_t q, int32_t i0) {
     using V = Vec<T>;
     constexpr int W = kLanes<T>;
-    static_assert(D >= W, "a row group has no more lanes than columns");
-    for (int32_t i = 0; i < groups; ++i) {
+    V out[G][2 * D];
+#pragma GCC unroll 1
+    for (int32_t b = 0; b < G; ++b) {
         // Row l of the group is lane l: reading a column transposes.
-        const T* rows = buffer + ptrdiff_t{2 * D * W} * i;
-        const T* rotation = table + ptrdiff_t{2 * D * W} * i;
-        const ptrdiff_t row = ptrdiff_t{W} * i;
-        V out[2 * D];
+        const T* rows = buffer + ptrdiff_t{2 * D * W} * (i0 + b);
+        const T* rotation = table + ptrdiff_t{2 * D * W} * (i0 + b);
         Output<T, D>::template run<V>(
             [&](auto slot) TVK_UNROLLED {
                 constexpr int r = slot / 4, part = slot % 4;
                 if constexpr (part < 2) return gatherLanes(rows + part * D + r, 2 * D);
                 else return load(rotation + (rotationEntry(D, r) + part - 2) * W);
             },
-            [&](auto index, V value) TVK_UNROLLED { out[index] = value; });
-        // Outputs v >= 0 ascend from y[row], v < 0 descend from y[2q - 1 - row],
-        // 2q apart, through two stepping pointers.
+            [&](auto index, V value) TVK_UNROLLED { out[b][index] = value; });
         cut(out);
-        T* up = y + row;
-        T* down = y + 2 * q - 1 - row;
-#pragma GCC unroll 1
-        for (int v = 0; v < D; ++v, up += 2 * q, down += 2 * q) {
-            scatterLanes<1>(up, out[D + v]);
-            scatterLanes<-1>(down, out[D - 1 - v]);
-        }
     }
+    // Outputs v >= 0 ascend from y[row], v < 0 descend from y[2q - 1 - row],
+    // 2q apart, through two stepping pointers.
+    const ptrdiff_t row = ptrdiff_t{W} * i0;
+    T* up = y + row;
+    T* down = y + 2 * q - 1 - row;
+#pragma GCC unroll 1
+    for (int v = 0; v < D; ++v, up += 2 * q, down += 2 * q)
+        unroll<G>([&](auto b) TVK_UNROLLED {
+            scatterLanes<1>(up + W * b, out[b][D + v]);
+            scatterLanes<-1>(down - W * b, out[b][D - 1 - v]);
+        });
+}
+
+template <class T, int D>
+[[gnu::flatten]] void outputKernel(const T* buffer, T* y, const T* table, ptrdiff_t q, int32_t groups) {
+    static_assert(D >= kLanes<T>, "a row group has no more lanes than columns");
+    int32_t i = 0;
+    for (; i + kLineGroups <= groups; i += kLineGroups) outputGroups<kLineGroups, D>(buffer, y, table, q, i);
+    for (; i < groups; ++i) outputGroups<1, D>(buffer, y, table, q, i);
 }
 
 template <class T>

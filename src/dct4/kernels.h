@@ -310,22 +310,21 @@ constexpr RadixTableShape radixTableShape(int radix) {
             !twoLevel || (radix == 32 && sizeof(T) == 8)};
 }
 
-template <class T, int R>
-[[gnu::flatten]] void radixKernel(const T* src, T* dst, const T* table, ptrdiff_t stride, int32_t bins, int32_t width) {
+// Bin i of columns c0 to c0 + G - 1 of a radix step: the G transforms, then
+// their outputs line by line.
+template <int G, int R, class T>
+[[gnu::always_inline]] inline void radixColumns(const T* src, T* dst, const T* table, ptrdiff_t stride, int32_t bins,
+                                                int32_t i, int32_t c0) {
     using V = Vec<T>;
     constexpr RadixTableShape shape = radixTableShape<T>(R);
     constexpr int W = kLanes<T>, P = R / 4;
-    const T* steps = table + shape.stepRegion(bins);
-    const T* groups = table + shape.groupRegion(bins);
-    const ptrdiff_t subLength = 2 * ptrdiff_t{bins};
-    for (int32_t i = 0; i < bins; ++i)
-    for (int32_t column = 0; column < width; ++column) {
+    const T* step = table + shape.stepRegion(bins) + ptrdiff_t{i} * shape.stepVectors * W;
+    const T* group = table + shape.groupRegion(bins) + ptrdiff_t{i} * shape.groupVectors * W;
+    V outputs[G][2 * R];
+#pragma GCC unroll 1
+    for (int32_t column = 0; column < G; ++column) {
         const ptrdiff_t t = opaque(stride);
-        const T* in = src + 2 * R * t * i + W * column;
-        const T* step = steps + ptrdiff_t{i} * shape.stepVectors * W;
-        const T* group = groups + ptrdiff_t{i} * shape.groupVectors * W;
-        T* out = dst + W * column;
-        const ptrdiff_t rowStep = 2 * subLength * t;  // from bin k to bin k + 2 bins
+        const T* in = src + 2 * R * t * i + W * (c0 + column);
         // Sub-transform b's bin at in + b t (real part) and + R t (imaginary
         // part); the twiddles of the step (from 16 on read by each of the
         // four inner transforms apart: slot 2R + 8(b2 - 1) + 2 b1 + part),
@@ -337,15 +336,32 @@ template <class T, int R>
             else if constexpr (twiddle < 8 * (P - 1)) return load(step + (twiddle / 8 * 2 + twiddle % 2) * W);
             else return load(group + (twiddle - 8 * (P - 1)) * W);
         };
-        // Output w < R/2 goes to bin (2 bins) w + i, output w >= R/2, conjugated
-        // already, to bin (2 bins) (R - w) - 1 - i; from 16 on, D_g[w] is output
-        // g + P w of the step.
-        const auto output = [&](auto slot, V value) TVK_UNROLLED {
-            constexpr int w = shape.twoLevel ? slot / 2 % 4 * P + slot / 8 : slot / 2;
-            T* at = w < R / 2 ? out + 2 * i * t + w * rowStep : out - 2 * (i + 1) * t + (R - w) * rowStep;
-            store(at + (slot % 2) * t, value);
-        };
-        Radix<T, R>::template run<V>(input, output);
+        Radix<T, R>::template run<V>(input, [&](auto slot, V value) TVK_UNROLLED { outputs[column][slot] = value; });
+        cut(outputs);
+    }
+    // Output w < R/2 goes to bin (2 bins) w + i, output w >= R/2, conjugated
+    // already, to bin (2 bins) (R - w) - 1 - i; from 16 on, D_g[w] is output
+    // g + P w of the step.
+    const ptrdiff_t t = opaque(stride);
+    const ptrdiff_t rowStep = 4 * ptrdiff_t{bins} * t;  // from bin k to bin k + 2 bins
+    T* out = dst + W * c0;
+    unroll<2 * R>([&](auto slot) TVK_UNROLLED {
+        constexpr int w = shape.twoLevel ? slot / 2 % 4 * P + slot / 8 : slot / 2;
+        T* at = (w < R / 2 ? out + 2 * i * t + w * rowStep : out - 2 * (i + 1) * t + (R - w) * rowStep) + (slot % 2) * t;
+        unroll<G>([&](auto column) TVK_UNROLLED { store(at + W * column, outputs[column][slot]); });
+    });
+}
+
+template <class T, int R>
+[[gnu::flatten]] void radixKernel(const T* src, T* dst, const T* table, ptrdiff_t stride, int32_t bins, int32_t width) {
+    // The 64 lines a radix-32 column writes outnumber the ways of the few
+    // sets they fall into; up to radix 16 they stay, and staging the outputs
+    // of a whole line costs more than it saves (measured).
+    constexpr int32_t batch = R >= 32 ? kLineGroups : 1;
+    for (int32_t i = 0; i < bins; ++i) {
+        int32_t c = 0;
+        for (; c + batch <= width; c += batch) radixColumns<batch, R>(src, dst, table, stride, bins, i, c);
+        for (; c < width; ++c) radixColumns<1, R>(src, dst, table, stride, bins, i, c);
     }
 }
 

@@ -347,7 +347,8 @@ template <int G, int R, class T>
     T* out = dst + W * c0;
     unroll<2 * R>([&](auto slot) TVK_UNROLLED {
         constexpr int w = shape.twoLevel ? slot / 2 % 4 * P + slot / 8 : slot / 2;
-        T* at = (w < R / 2 ? out + 2 * i * t + w * rowStep : out - 2 * (i + 1) * t + (R - w) * rowStep) + (slot % 2) * t;
+        T* bin = w < R / 2 ? out + 2 * i * t + w * rowStep : out - 2 * (i + 1) * t + (R - w) * rowStep;
+        T* at = bin + (slot % 2) * t;
         unroll<G>([&](auto column) TVK_UNROLLED { store(at + W * column, outputs[column][slot]); });
     });
 }
@@ -355,12 +356,16 @@ template <int G, int R, class T>
 template <class T, int R>
 [[gnu::flatten]] void radixKernel(const T* src, T* dst, const T* table, ptrdiff_t stride, int32_t bins, int32_t width) {
     // The 64 lines a radix-32 column writes outnumber the ways of the few
-    // sets they fall into; up to radix 16 they stay, and staging the outputs
-    // of a whole line costs more than it saves (measured).
-    constexpr int32_t batch = R >= 32 ? kLineGroups : 1;
+    // sets they fall into, and so do the 2R lines of any radix when bins
+    // k and k + 2 bins lie 64 KiB or more apart; otherwise the lines stay,
+    // and staging the outputs of a whole line costs more than it saves
+    // (measured).
+    const bool staged = R >= 32 || 4 * ptrdiff_t{bins} * stride * ptrdiff_t{sizeof(T)} >= 65536;
     for (int32_t i = 0; i < bins; ++i) {
         int32_t c = 0;
-        for (; c + batch <= width; c += batch) radixColumns<batch, R>(src, dst, table, stride, bins, i, c);
+        if (staged)
+            for (; c + kLineGroups <= width; c += kLineGroups)
+                radixColumns<kLineGroups, R>(src, dst, table, stride, bins, i, c);
         for (; c < width; ++c) radixColumns<1, R>(src, dst, table, stride, bins, i, c);
     }
 }

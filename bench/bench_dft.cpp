@@ -191,14 +191,12 @@ void printTable(const std::map<Key, Timing>& timings, const std::string& countsP
     const auto ops = tvkbench::readOpCounts(countsPath);
     const bool withBound = !ops.empty();
     const double ghz = withBound ? tvkbench::measuredClockGHz() : 0;
-    const double conversionNs = withBound ? tvkbench::measuredConversionNs() : 0;
     if (withBound) {
         tvkbench::printBoundNote(ghz, countsPath);
         std::printf("        Lanes: 4 for tvk32fc, 2 for tvk64fc, but 1 for the scalar tvk32fc bodies of\n"
-                    "        lengths 2 to %d, whose bound also counts their conversions between single and\n"
-                    "        double at %.3f ns each.  A case where FFTW runs below the bound (with wider\n"
-                    "        vectors) is out of reach for 128-bit code.\n",
-                    kLastScalarLength32fc, conversionNs);
+                    "        lengths 2 to %d, the only ones with conversions.  A case where FFTW runs below\n"
+                    "        the bound (with wider vectors) is out of reach for 128-bit code.\n",
+                    kLastScalarLength32fc);
     } else {
         std::printf("\n(no bound column: cannot read %s)\n", countsPath.c_str());
     }
@@ -219,10 +217,9 @@ void printTable(const std::map<Key, Timing>& timings, const std::string& countsP
             const auto it = ops.find(codeletName(key));
             const bool single = key.type == Types<tvk32fc>::name;
             if (it != ops.end()) {
-                const double bound =
-                    single && key.length <= kLastScalarLength32fc
-                        ? tvkbench::scalarBoundNs(it->second, ghz, conversionNs)
-                        : tvkbench::boundNs(it->second, single ? Types<tvk32fc>::lanes : Types<tvk64fc>::lanes, ghz);
+                const int lanes = single ? (key.length <= kLastScalarLength32fc ? 1 : Types<tvk32fc>::lanes)
+                                         : Types<tvk64fc>::lanes;
+                const double bound = tvkbench::boundNs(it->second, lanes, ghz);
                 for (size_t i = 0; i < kFftwCount; ++i) belowBound[i] += t.fftw[i] < bound;
                 medians.add(group, kFftwCount, t.ours / bound);
                 std::printf(" %.2f | %.2f |", bound, t.ours / bound);

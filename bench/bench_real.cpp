@@ -175,13 +175,10 @@ void registerCases(const Codelet<T> (&rows)[Count][3], const char* type, double 
 void printTable(const std::vector<Key>& keys, const tvkbench::CollectingReporter& reporter, const std::string& countsPath) {
     const auto ops = tvkbench::readOpCounts(countsPath);
     const double ghz = ops.empty() ? 0 : tvkbench::measuredClockGHz();
-    const double conversionNs = ops.empty() ? 0 : tvkbench::measuredConversionNs();
     if (ops.empty()) std::printf("\n(no bound column: cannot read %s)\n", countsPath.c_str());
     else tvkbench::printBoundNote(ghz, countsPath);
-    std::printf("        Lanes: 1, the bodies are scalar.  The tvk32f bodies also convert between single\n"
-                "        and double; a conversion takes %.3f ns here (%.2f cycles), measured on independent\n"
-                "        ones, so their bound is the larger of the above and conversions x %.3f ns.\n",
-                conversionNs, conversionNs * ghz, conversionNs);
+    std::printf("        Lanes: 1, the bodies are scalar; the tvk32f ones convert every product's\n"
+                "        operands and result between single and double.\n");
     std::printf("\n| length | type | kind | ours ns |");
     tvkbench::printFftwHeads();
     std::printf(" bound ns | ours/bound |\n|---:|---|---|---:|");
@@ -203,7 +200,7 @@ void printTable(const std::vector<Key>& keys, const tvkbench::CollectingReporter
         tvkbench::printFftwCells(ours, fftw);
         const auto count = ops.find(codeletName(key.kind, key.length, key.type.c_str() + 3));
         if (count != ops.end()) {
-            const double bound = tvkbench::scalarBoundNs(count->second, ghz, conversionNs);
+            const double bound = tvkbench::boundNs(count->second, 1, ghz);
             medians.add(group, tvkbench::kFftwCount, ours / bound);
             std::printf(" %.2f | %.2f |\n", bound, ours / bound);
         } else {

@@ -148,49 +148,35 @@ inline std::map<std::string, OpCounts> readOpCounts(const std::string& path) {
     return counts;
 }
 
-// ns of one conversion between single and double (cvtss2sd, cvtsd2ss) when
-// many independent ones follow each other: eight registers in turn, each
-// conversion waiting only for the one eight before it.  The best of five.
-inline double measuredConversionNs() {
-    constexpr long kRounds = 10'000'000;
-    double best = 1e9;
-    for (int trial = 0; trial < 5; ++trial) {
-        const auto start = std::chrono::steady_clock::now();
-        for (long i = 0; i < kRounds; ++i)
-            asm volatile(
-                "cvtss2sd %%xmm0, %%xmm1\n\tcvtsd2ss %%xmm0, %%xmm2\n\tcvtss2sd %%xmm0, %%xmm3\n\t"
-                "cvtsd2ss %%xmm0, %%xmm4\n\tcvtss2sd %%xmm0, %%xmm5\n\tcvtsd2ss %%xmm0, %%xmm6\n\t"
-                "cvtss2sd %%xmm0, %%xmm7\n\tcvtsd2ss %%xmm0, %%xmm8"
-                :
-                :
-                : "xmm1", "xmm2", "xmm3", "xmm4", "xmm5", "xmm6", "xmm7", "xmm8");
-        const double ns = std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count();
-        best = std::min(best, ns / (8.0 * kRounds));
-    }
-    return best;
-}
-
 // ---- the bound ----------------------------------------------------------------------
 
-// No 128-bit body can run faster than this, in ns: every addition and every
+// No 128-bit body can run faster than this, in ns: the least cycles its
+// arithmetic needs on this core's ports, at `ghz`.  Every addition and
 // multiplication takes a lane of a vector operation, `lanes` reals per
-// operation (4 for tvk32f vectors, 2 for tvk64f vectors, 1 for scalar code),
-// on two addition and two multiplication pipes, at `ghz`.
+// operation (4 for tvk32f vectors, 2 for tvk64f vectors, 1 for scalar code);
+// a conversion between single and double (scalar bodies only) is one
+// operation.  Floating-point arithmetic issues on three ports: additions on
+// two of them, multiplications on two, one port serving both; a conversion is
+// two micro-operations, one on the port of additions alone (so at most one
+// per cycle) and one on a port of multiplications.  Independent instructions
+// on this core agree: per cycle, 2 additions alone, 2 multiplications alone,
+// 2.5 of an even mix of both, 1 conversion alone, 0.9 conversion-addition
+// pairs, 2 operations of a mix of conversions, additions and
+// multiplications in equal numbers.
 inline double boundNs(const OpCounts& ops, int lanes, double ghz) {
-    return static_cast<double>(std::max(ops.additions, ops.multiplications)) / (lanes * 2.0) / ghz;
-}
-
-// The same for a scalar body that also converts between single and double,
-// each conversion taking `conversionNs` of the pipes it shares.
-inline double scalarBoundNs(const OpCounts& ops, double ghz, double conversionNs) {
-    return std::max(boundNs(ops, 1, ghz), static_cast<double>(ops.conversions) * conversionNs);
+    const double a = static_cast<double>(ops.additions) / lanes, m = static_cast<double>(ops.multiplications) / lanes;
+    const double c = static_cast<double>(ops.conversions);
+    return std::max({a / 2, m / 2, (a + m + 2 * c) / 3, c, (a + c) / 2, (m + c) / 2}) / ghz;
 }
 
 // The lines that explain the bound column, for the head of a results table.
 inline void printBoundNote(double ghz, const std::string& countsPath) {
-    std::printf("\nbound = max(additions, multiplications) / (lanes x 2 per cycle) / %.3f GHz\n"
-                "        on two addition and two multiplication pipes at the clock measured by a chain\n"
-                "        of dependent integer multiplications; operation counts from %s.\n"
+    std::printf("\nbound = max(a/2, m/2, (a + m + 2c)/3, c, (a + c)/2, (m + c)/2) cycles / %.3f GHz, with\n"
+                "        a and m the additions and multiplications per lane and c the conversions\n"
+                "        between single and double: additions issue on two ports, multiplications on\n"
+                "        two, one port serving both; a conversion is two operations, one of them on the\n"
+                "        port of additions alone.  The clock is measured by a chain of dependent integer\n"
+                "        multiplications; operation counts from %s.\n"
                 "        No 128-bit body can run below it on this core.\n",
                 ghz, countsPath.c_str());
 }

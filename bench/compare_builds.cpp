@@ -7,9 +7,11 @@
 // Each LIB is a path to a libtvkgenu8.so; each CODELET an exported name of
 // the DFT, real DFT or Hartley families (three arguments: src, dst, flag).
 // The calls alternate between builds and Codelets in short batches for a few
-// seconds, and each keeps its least CPU ns per call: a shared machine that
-// slows down for a second slows every build alike, so what differs between
-// the columns is the build.
+// seconds, and each keeps its least wall-clock ns per call: a shared machine
+// that slows down for a second slows every build alike, so what differs
+// between the columns is the build.  (Not CPU time: on a virtual machine it
+// now and then counts a batch as far shorter than it was, and the least
+// would keep that one; see CollectingReporter.)
 #include <dlfcn.h>
 #include <time.h>
 
@@ -25,9 +27,9 @@ namespace {
 using Codelet = tvkStatus (*)(const void* src, void* dst, int32_t flag);
 constexpr int kBatch = 100, kRounds = 400;
 
-double cpuNs() {
+double wallNs() {
     timespec t;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+    clock_gettime(CLOCK_MONOTONIC, &t);
     return t.tv_sec * 1e9 + t.tv_nsec;
 }
 
@@ -69,12 +71,12 @@ int main(int argc, char** argv) {
     for (int round = 0; round < kRounds; ++round)
         for (size_t n = 0; n < names.size(); ++n)
             for (size_t b = 0; b < builds.size(); ++b) {
-                const double start = cpuNs();
+                const double start = wallNs();
                 for (int i = 0; i < kBatch; ++i) {
                     codelets[n][b](src, dst, ScaleNoDiv);
                     asm volatile("" ::: "memory");
                 }
-                least[n][b] = std::min(least[n][b], (cpuNs() - start) / kBatch);
+                least[n][b] = std::min(least[n][b], (wallNs() - start) / kBatch);
             }
 
     std::printf("| Codelet |");

@@ -7,7 +7,7 @@
 // and with the CMake option TVKGEN_BENCH_FFTW128 the one with 128-bit
 // vectors only.  Plans are FFTW_MEASURE.  Before timing, each rival's result
 // is compared with ours, so that a wrong answer cannot pass for a fast one.
-// After the runs a table of CPU ns per call is printed with the ratios and
+// After the runs a table of ns per call is printed with the ratios and
 // ns per n log2 n; with repetitions, the least time of each case counts.
 //
 //   tvkgen-bench-dct4 [--quick] [Google Benchmark flags, e.g. --benchmark_repetitions=5]

@@ -10,7 +10,7 @@
 // with ScaleNoDiv, since FFTW does not scale; FFTW runs a FFTW_MEASURE plan
 // through its new-array execute.  Before timing, our result is compared with
 // each FFTW's so that a wrong answer cannot pass for a fast one.  After the
-// runs a table of CPU ns per call is printed, with the ratio of ours to each
+// runs a table of ns per call is printed, with the ratio of ours to each
 // FFTW and the lower bound of 128-bit code on this core.
 #include <benchmark/benchmark.h>
 
@@ -170,7 +170,7 @@ struct Key {
     auto operator<=>(const Key&) const = default;
 };
 
-// CPU ns per call of ours and of each FFTW build, in the order of kFftwBuilds.
+// ns per call of ours and of each FFTW build, in the order of kFftwBuilds.
 struct Timing {
     double ours = NAN;
     std::array<double, tvkbench::kFftwCount> fftw;

@@ -10,7 +10,7 @@
 // with 128-bit vectors only (fftw_rivals.h).  The c2r plans keep their input
 // (FFTW_PRESERVE_INPUT), since every run reuses it.  Ours is called with
 // ScaleNoDiv, since FFTW does not scale.  Before timing, our result is
-// compared with each FFTW's.  The table gives CPU ns per call, the ratio of
+// compared with each FFTW's.  The table gives ns per call, the ratio of
 // ours to each FFTW and the bound of scalar code on this core.
 #include <benchmark/benchmark.h>
 

@@ -10,7 +10,7 @@
 // ascending order, (a, b) <- (a + b, a - b) with the lower index the minuend,
 // so all three give the same bits, which is checked before timing.  Ours is
 // each order's Codelet called directly with ScaleNoDiv and a caller buffer.
-// After the runs a table of CPU ns per call is printed with the ratios.
+// After the runs a table of ns per call is printed with the ratios.
 //
 //   tvkgen-bench-wht [--quick] [Google Benchmark flags]
 #include <benchmark/benchmark.h>

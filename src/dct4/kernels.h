@@ -311,7 +311,7 @@ constexpr RadixTableShape radixTableShape(int radix) {
 }
 
 // Bin i of columns c0 to c0 + G - 1 of a radix step: the G transforms, then
-// their outputs line by line.
+// their outputs line by line; one column stores each output as it comes.
 template <int G, int R, class T>
 [[gnu::always_inline]] inline void radixColumns(const T* src, T* dst, const T* table, ptrdiff_t stride, int32_t bins,
                                                 int32_t i, int32_t c0) {
@@ -320,9 +320,17 @@ template <int G, int R, class T>
     constexpr int W = kLanes<T>, P = R / 4;
     const T* step = table + shape.stepRegion(bins) + ptrdiff_t{i} * shape.stepVectors * W;
     const T* group = table + shape.groupRegion(bins) + ptrdiff_t{i} * shape.groupVectors * W;
-    V outputs[G][2 * R];
-#pragma GCC unroll 1
-    for (int32_t column = 0; column < G; ++column) {
+    // Output w < R/2 goes to bin (2 bins) w + i, output w >= R/2, conjugated
+    // already, to bin (2 bins) (R - w) - 1 - i; from 16 on, D_g[w] is output
+    // g + P w of the step.
+    const auto outputAt = [&](auto slot, T* out, ptrdiff_t t) TVK_UNROLLED {
+        constexpr int w = shape.twoLevel ? slot / 2 % 4 * P + slot / 8 : slot / 2;
+        const ptrdiff_t rowStep = 4 * ptrdiff_t{bins} * t;  // from bin k to bin k + 2 bins
+        T* bin = w < R / 2 ? out + 2 * i * t + w * rowStep : out - 2 * (i + 1) * t + (R - w) * rowStep;
+        return bin + (slot % 2) * t;
+    };
+    // The transform of one column, its outputs handed to `output`.
+    const auto transform = [&](int32_t column, auto&& output) TVK_UNROLLED {
         const ptrdiff_t t = opaque(stride);
         const T* in = src + 2 * R * t * i + W * (c0 + column);
         // Sub-transform b's bin at in + b t (real part) and + R t (imaginary
@@ -336,19 +344,23 @@ template <int G, int R, class T>
             else if constexpr (twiddle < 8 * (P - 1)) return load(step + (twiddle / 8 * 2 + twiddle % 2) * W);
             else return load(group + (twiddle - 8 * (P - 1)) * W);
         };
-        Radix<T, R>::template run<V>(input, [&](auto slot, V value) TVK_UNROLLED { outputs[column][slot] = value; });
+        Radix<T, R>::template run<V>(input, [&](auto slot, V value) TVK_UNROLLED { output(slot, value, t); });
+    };
+    if constexpr (G == 1) {
+        T* out = dst + W * c0;
+        transform(0, [&](auto slot, V value, ptrdiff_t t) TVK_UNROLLED { store(outputAt(slot, out, t), value); });
+        return;
+    }
+    V outputs[G][2 * R];
+#pragma GCC unroll 1
+    for (int32_t column = 0; column < G; ++column) {
+        transform(column, [&](auto slot, V value, ptrdiff_t) TVK_UNROLLED { outputs[column][slot] = value; });
         cut(outputs);
     }
-    // Output w < R/2 goes to bin (2 bins) w + i, output w >= R/2, conjugated
-    // already, to bin (2 bins) (R - w) - 1 - i; from 16 on, D_g[w] is output
-    // g + P w of the step.
     const ptrdiff_t t = opaque(stride);
-    const ptrdiff_t rowStep = 4 * ptrdiff_t{bins} * t;  // from bin k to bin k + 2 bins
     T* out = dst + W * c0;
     unroll<2 * R>([&](auto slot) TVK_UNROLLED {
-        constexpr int w = shape.twoLevel ? slot / 2 % 4 * P + slot / 8 : slot / 2;
-        T* bin = w < R / 2 ? out + 2 * i * t + w * rowStep : out - 2 * (i + 1) * t + (R - w) * rowStep;
-        T* at = bin + (slot % 2) * t;
+        T* at = outputAt(slot, out, t);
         unroll<G>([&](auto column) TVK_UNROLLED { store(at + W * column, outputs[column][slot]); });
     });
 }

@@ -269,12 +269,13 @@ template <int G, int L, class T>
             [&](auto slot, V value) TVK_UNROLLED { Z[w][slot] = value; });
         cut(Z);
     }
-    // Bin k of group w: real part at out + 2k dstStride + V w, imaginary part one dstStride on.
+    // Slot 2k of group w (bin k's real part) at out + 2k dstStride + V w,
+    // slot 2k + 1 (its imaginary part) one dstStride on.
     T* out = dst + g * s.dstStep + W * w0;
     const ptrdiff_t dstStride = opaque(s.dstStride);
 #pragma GCC unroll 1
-    for (int k = 0; k < L; ++k, out += dstStride)
-        unroll<G>([&](auto w) TVK_UNROLLED { store(out + W * w, Z[w][k]); });
+    for (int slot = 0; slot < L; ++slot, out += dstStride)
+        unroll<G>([&](auto w) TVK_UNROLLED { store(out + W * w, Z[w][slot]); });
 }
 
 template <class T, int L>

@@ -545,7 +545,6 @@ tvkStatus transform(const T* src, T* dst, const DCT4Spec* context) {
 // x[r + 2d t] forward and, mirrored, x[2d j - 1 - r] for t = -j.
 template <class T>
 tvkStatus computeEnv5(const Env5<T>* e, T* dst, const T* src) {
-    constexpr int32_t V = kLanes<T>;
     if (e->case_ < 1 || e->case_ > 7) return StatusBadArg;
     if (e->case_ <= 6) {
         // The column groups are neighbours: one block of them all.
@@ -553,11 +552,13 @@ tvkStatus computeEnv5(const Env5<T>* e, T* dst, const T* src) {
         kKernels<T>.leaf[e->case_](src, dst, sweep);
         return StatusOk;
     }
+    // All column groups run side by side through the recursion: each pass
+    // then sweeps its arrays whole rows at a time, where one cache line of
+    // columns per sweep left three quarters of every line fetched (and of the
+    // line pairs the second-level cache fetches) to a later sweep; 2^18 to
+    // 2^20 points ran 10 to 20 % slower so.
     auto* step = static_cast<Env7<T>*>(u8_EnvList_get(e->stages, 0));
-    // The column groups of one cache line run side by side through the recursion.
-    for (int32_t c = 0; c < e->columnGroups; c += kLineGroups)
-        Family<T>::env7Compute(step, dst, src, V * c, e->twoNMinusOne - 2 * V * c, V * c,
-                               std::min(kLineGroups, e->columnGroups - c));
+    Family<T>::env7Compute(step, dst, src, 0, e->twoNMinusOne, 0, e->columnGroups);
     return StatusOk;
 }
 

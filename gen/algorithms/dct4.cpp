@@ -67,7 +67,8 @@ std::vector<int> dct4RealTransform(PairArithmetic& c, int L, const std::vector<i
     return Z;
 }
 
-std::vector<int> dct4RealOutput(PairArithmetic& c, int L, bool wide, const std::vector<int>& W) {
+std::vector<int> dct4RealOutput(PairArithmetic& c, int L, bool wide, const std::vector<int>& W,
+                                const std::function<void()>& betweenStages) {
     if (L == 2) return {c.im(W[0]), c.re(W[0])};
     const int R = wide && L >= 16 ? 4 : 2, Ls = L / R, Q = Ls / 2;
     std::vector<std::vector<int>> sub(R, std::vector<int>(Q));
@@ -80,6 +81,7 @@ std::vector<int> dct4RealOutput(PairArithmetic& c, int L, bool wide, const std::
         const std::vector<int> G = dftOfConjUpper(c, R, P);
         for (int b = 0; b < R; ++b) sub[b][i] = b ? c.mul(G[b], halfTurn((2 * i + 1) * b, L)) : G[0];
     }
+    if (betweenStages) betweenStages();
     std::vector<int> out(L);
     for (int b = 0; b < R; ++b) {
         const std::vector<int> o = dct4RealOutput(c, Ls, wide, sub[b]);

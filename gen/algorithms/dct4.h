@@ -11,6 +11,7 @@
 //          that are values, not constants
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "ir/graph.h"
@@ -21,8 +22,10 @@ namespace gen {
 // Z(0 .. L/2-1) from the points u[t + L/2].
 std::vector<int> dct4RealTransform(PairArithmetic& c, int L, const std::vector<int>& points);
 
-// The outputs v + L/2 of Y(L) from W[0 .. L/2-1].
-std::vector<int> dct4RealOutput(PairArithmetic& c, int L, bool wide, const std::vector<int>& W);
+// The outputs v + L/2 of Y(L) from W[0 .. L/2-1].  `betweenStages` runs once,
+// after the first stage and before the sub-transforms of the outermost level.
+std::vector<int> dct4RealOutput(PairArithmetic& c, int L, bool wide, const std::vector<int>& W,
+                                const std::function<void()>& betweenStages = {});
 
 // z rotated by the angle whose cosine and sine are the values `cosine`, `sine`.
 int dct4Rotate(PairArithmetic& c, Graph& g, int z, int cosine, int sine);

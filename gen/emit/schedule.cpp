@@ -4,7 +4,8 @@
 // independent pieces (the sub-transforms of a stage), and each piece is
 // scheduled the same way, one after the other.  A stage of sub-transforms is
 // then computed one sub-transform at a time, down to single butterflies, and
-// the values live at any moment are those crossing the current cut.
+// the values live at any moment are those crossing the current cut.  Stages
+// that the graph marks (Graph::beginStage) are cuts made first.
 #include "emit/schedule.h"
 
 #include <algorithm>
@@ -25,7 +26,12 @@ public:
                 succs_[p].push_back(id);
             }
         }
-        place(live);
+        // Operands are made before their users, so a stage reads only its
+        // own nodes and earlier stages'.
+        const std::vector<int>& starts = g.stageStarts();
+        std::vector<std::vector<int>> stages(starts.size() + 1);
+        for (int id : live) stages[std::upper_bound(starts.begin(), starts.end(), id) - starts.begin()].push_back(id);
+        for (const auto& stage : stages) place(stage);
     }
 
     std::vector<int> order() && { return std::move(order_); }

@@ -100,6 +100,14 @@ public:
     void setInLane(bool on) override { inLane_ = on; }
     void setGrouping(Grouping g) { grouping_ = g; }
 
+    // Nodes made from here on form a later stage: the schedule writes every
+    // stage whole before the next, each cut into its own pieces.  An
+    // algorithm marks the point where its first stage ends and its
+    // sub-transforms begin when the schedule's own cut, the middle level,
+    // would fall inside the sub-transforms.
+    void beginStage() { stageStarts_.push_back(static_cast<int>(nodes_.size())); }
+    const std::vector<int>& stageStarts() const { return stageStarts_; }
+
     // The outputs of the body: element k of the destination.
     void setOutputs(Signal out) { outputs_ = std::move(out); }
     const Signal& outputs() const { return outputs_; }
@@ -124,6 +132,7 @@ private:
     Grouping grouping_ = Grouping::AsGiven;
     std::vector<Node> nodes_;
     std::map<std::string, int> index_;
+    std::vector<int> stageStarts_;
     Signal outputs_;
 };
 

@@ -381,8 +381,9 @@ template <class T, int R>
     // k and k + 2 bins lie 64 KiB or more apart; otherwise the lines stay,
     // and staging the outputs of a whole line costs more than it saves
     // (measured).
-    const ptrdiff_t bytes = 2 * R * ptrdiff_t{bins} * stride * ptrdiff_t{sizeof(T)};
-    const bool staged = R >= 32 || 2 * bytes / R >= 65536;
+    const ptrdiff_t binDistance = 4 * ptrdiff_t{bins} * stride * ptrdiff_t{sizeof(T)};  // bytes from bin k to k + 2 bins
+    const ptrdiff_t bytes = R / 2 * binDistance;  // what the step writes
+    const bool staged = R >= 32 || binDistance >= 65536;
     // A step that writes 8 MiB or more (every step of 2^20 points in tvk64f,
     // 2^21 in tvk32f) has its first lines out of the caches before the next
     // step reads them: whole lines then go straight to memory, without the

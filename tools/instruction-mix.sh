@@ -7,14 +7,15 @@
 #
 # The port model, measured there with independent instructions: additions
 # and the immediate shuffles (shufps, shufpd, pshufd, and movddup between
-# registers; a shufps from memory too, a load and a shuffle) share two ports, 2 per cycle together; multiplications have two
-# ports, one of them shared with the additions; unpacks, moves of 64-bit
-# halves between registers and the 8-byte loads into one half of a register
-# (movhps, movlps, ...) run on one of the addition ports alone; a conversion
-# between single and double is two operations, one on an addition port and
-# one on a multiplication port, and issues once a cycle; sign masks go to any
-# of the three; movddup, movsldup and movshdup from memory are plain loads.
-# So a shuffle costs what an addition costs, and `cycles` is
+# registers; a shufps from memory is a load and such a shuffle) share two
+# ports, 2 per cycle together; multiplications have two ports, one of them
+# shared with the additions; unpacks, moves of 64-bit halves between
+# registers and the 8-byte loads into one half of a register (movhps,
+# movlps, ...) run on one of the addition ports alone; a conversion between
+# single and double is two operations, one on an addition port and one on a
+# multiplication port, and issues once a cycle; sign masks go to any of the
+# three; movddup, movsldup and movshdup from memory are plain loads.  So a
+# shuffle costs what an addition costs, and `cycles` is
 # the largest of (A + S + H + C)/2, (M + C)/2, H, C and
 # (A + S + H + M + 2C)/3 for A additions, S immediate shuffles, H half moves,
 # C conversions and M multiplications; loads, stores and copies have ports
@@ -29,7 +30,8 @@
 #
 # With --run, only the instructions that one call of each Codelet executes
 # are counted, as the benchmarks call it: 64-byte aligned arrays, ScaleNoDiv
-# (valgrind's callgrind records the addresses).  The two paths of a body
+# (valgrind's callgrind records the addresses).  It calls Codelets of the
+# form (source, destination, flag): the complex and real DFT and Hartley.  The two paths of a body
 # without a twin share code, so half its static count is only an estimate
 # of one path; this is the path itself.
 set -eu

@@ -86,7 +86,7 @@ int main(int argc, char** argv) {
     std::printf("\n");
     for (size_t n = 0; n < names.size(); ++n) {
         std::printf("| %s |", names[n]);
-        for (double ns : least[n]) std::printf(" %.0f |", ns);
+        for (double ns : least[n]) std::printf(" %.1f |", ns);
         const auto [low, high] = std::minmax_element(least[n].begin(), least[n].end());
         std::printf(" %.1f%% |\n", 100 * (*high / *low - 1));
     }

@@ -9,8 +9,12 @@
 // Both keep the butterfly order of ours: each value takes the stages in
 // ascending order, (a, b) <- (a + b, a - b) with the lower index the minuend,
 // so all three give the same bits, which is checked before timing.  Ours is
-// each order's Codelet called directly with ScaleNoDiv and a caller buffer.
-// After the runs a table of ns per call is printed with the ratios.
+// each order's Codelet called directly with ScaleNoDiv and a caller buffer,
+// twice: with the buffer placed as docs/walsh-hadamard.md recommends (its
+// start 1 KiB past the destination's, modulo 2 KiB), and in the cache sets of
+// the destination (its start a whole number of 4 KiB pages away), which
+// slows the final pass of orders 11 to 13.  After the runs a table of ns per
+// call is printed with the ratios.
 //
 //   tvkgen-bench-wht [--quick] [Google Benchmark flags]
 #include <benchmark/benchmark.h>
@@ -19,6 +23,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <random>
@@ -209,30 +214,48 @@ void blockedWht(const T* src, T* dst, int order) {
 
 // ---- one case: an order and a type, the three routes on one signal ------------------
 
+// Source, destination and the two buffers in one block of pages, so that
+// where each starts within a page is fixed: the source and the destination
+// at page starts, one buffer 1 KiB into a page, the other at a page start.
 template <class T>
 class Case {
 public:
-    explicit Case(int order)
-        : order_(order), src_(size_t{1} << order), dst_(src_.size()),
-          buffer_(bufferBytes(static_cast<T*>(nullptr), order) / sizeof(double) + 1) {
+    explicit Case(int order) : order_(order), n_(size_t{1} << order) {
+        const size_t arrayPages = pages(n_ * sizeof(T)),
+                     bufferPages = pages(bufferBytes(static_cast<T*>(nullptr), order) + kBufferOffset);
+        block_.reset(static_cast<uint8_t*>(std::aligned_alloc(kPage, (2 * arrayPages + 2 * bufferPages) * kPage)));
+        src_ = reinterpret_cast<T*>(block_.get());
+        dst_ = src_ + arrayPages * kPage / sizeof(T);
+        placedBuffer_ = block_.get() + 2 * arrayPages * kPage + kBufferOffset;
+        sameSetsBuffer_ = block_.get() + (2 * arrayPages + bufferPages) * kPage;
         std::mt19937 random(order);
         std::uniform_real_distribution<T> uniform(-1, 1);
-        for (T& e : src_) e = uniform(random);
+        for (size_t i = 0; i < n_; ++i) src_[i] = uniform(random);
     }
 
-    void ours() { library(src_.data(), dst_.data(), order_, reinterpret_cast<uint8_t*>(buffer_.data())); }
+    void ours() { library(src_, dst_, order_, placedBuffer_); }
+    void oursSameSets() { library(src_, dst_, order_, sameSetsBuffer_); }
     void loop() {
-        std::memcpy(dst_.data(), src_.data(), src_.size() * sizeof(T));
-        radix2Loop(dst_.data(), static_cast<int>(dst_.size()));
+        std::memcpy(dst_, src_, n_ * sizeof(T));
+        radix2Loop(dst_, static_cast<int>(n_));
     }
-    void blocked() { blockedWht(src_.data(), dst_.data(), order_); }
+    void blocked() { blockedWht(src_, dst_, order_); }
 
-    const std::vector<T>& result() const { return dst_; }
+    const T* result() const { return dst_; }
+    size_t size() const { return n_; }
 
 private:
+    static constexpr size_t kPage = 4096, kBufferOffset = 1024;
+    static size_t pages(size_t bytes) { return (bytes + kPage - 1) / kPage; }
+    struct Free {
+        void operator()(uint8_t* p) const { std::free(p); }
+    };
+
     int order_;
-    std::vector<T> src_, dst_;
-    std::vector<double> buffer_;  // 8-byte aligned, as the buffer must be
+    size_t n_;
+    std::unique_ptr<uint8_t, Free> block_;
+    T *src_, *dst_;
+    uint8_t *placedBuffer_, *sameSetsBuffer_;
 };
 
 template <class T>
@@ -242,7 +265,10 @@ struct Route {
 };
 
 template <class T>
-constexpr Route<T> kRoutes[] = {{"ours", &Case<T>::ours}, {"loop", &Case<T>::loop}, {"blocked", &Case<T>::blocked}};
+constexpr Route<T> kRoutes[] = {{"ours", &Case<T>::ours},
+                                 {"ours-same-sets", &Case<T>::oursSameSets},
+                                 {"loop", &Case<T>::loop},
+                                 {"blocked", &Case<T>::blocked}};
 
 const char* typeName(float*) { return "tvk32f"; }
 const char* typeName(double*) { return "tvk64f"; }
@@ -262,10 +288,10 @@ int registerCases(double minTime) {
     for (int order = 1; order <= kOrders; ++order) {
         auto c = std::make_shared<Case<T>>(order);
         c->ours();
-        const std::vector<T> ours = c->result();
+        const std::vector<T> ours(c->result(), c->result() + c->size());
         for (const Route<T>& route : kRoutes<T>) {
             ((*c).*route.run)();
-            if (route.run != &Case<T>::ours && std::memcmp(c->result().data(), ours.data(), ours.size() * sizeof(T)) != 0) {
+            if (route.run != &Case<T>::ours && std::memcmp(c->result(), ours.data(), ours.size() * sizeof(T)) != 0) {
                 std::fprintf(stderr, "%s order %d: %s differs from ours\n", type, order, route.name);
                 ++mismatches;
             }
@@ -273,7 +299,7 @@ int registerCases(double minTime) {
                                          [c, run = route.run](benchmark::State& state) {
                                              for (auto _ : state) {
                                                  ((*c).*run)();
-                                                 benchmark::DoNotOptimize(c->result().data());
+                                                 benchmark::DoNotOptimize(c->result());
                                                  benchmark::ClobberMemory();
                                              }
                                          })
@@ -285,19 +311,22 @@ int registerCases(double minTime) {
 }
 
 void printTable(const tvkbench::CollectingReporter& reporter) {
-    std::printf("\n| type | order | ours ns | loop ns | blocked ns | ours/loop | ours/blocked |\n"
-                "|---|---:|---:|---:|---:|---:|---:|\n");
-    tvkbench::RatioMedians medians({"type"}, {"ours/loop", "ours/blocked"});
+    std::printf("\n| type | order | ours ns | ours, buffer in dst's sets, ns | loop ns | blocked ns | ours/loop | "
+                "ours/blocked | same sets/blocked |\n"
+                "|---|---:|---:|---:|---:|---:|---:|---:|---:|\n");
+    tvkbench::RatioMedians medians({"type"}, {"ours/loop", "ours/blocked", "same sets/blocked"});
     for (const char* type : {"tvk32f", "tvk64f"})
         for (int order = 1; order <= kOrders; ++order) {
             const double ours = reporter.ns(benchmarkName(type, "ours", order)),
+                         sameSets = reporter.ns(benchmarkName(type, "ours-same-sets", order)),
                          loop = reporter.ns(benchmarkName(type, "loop", order)),
                          blocked = reporter.ns(benchmarkName(type, "blocked", order));
             if (std::isnan(ours) && std::isnan(loop) && std::isnan(blocked)) continue;  // filtered out
             medians.add(type, 0, ours / loop);
             medians.add(type, 1, ours / blocked);
-            std::printf("| %s | %d | %.2f | %.2f | %.2f | %.2f | %.2f |\n", type, order, ours, loop, blocked,
-                        ours / loop, ours / blocked);
+            medians.add(type, 2, sameSets / blocked);
+            std::printf("| %s | %d | %.2f | %.2f | %.2f | %.2f | %.2f | %.2f | %.2f |\n", type, order, ours, sameSets,
+                        loop, blocked, ours / loop, ours / blocked, sameSets / blocked);
         }
     medians.print();
 }
@@ -310,7 +339,7 @@ int main(int argc, char** argv) {
 
     const double minTime = quick ? 0.01 : 0.04;
     const int mismatches = registerCases<float>(minTime) + registerCases<double>(minTime);
-    std::printf("timing orders 1 to %d, ours, loop and blocked, %.2f s minimum per run%s\n", kOrders, minTime,
+    std::printf("timing orders 1 to %d, ours (two buffer places), loop and blocked, %.2f s minimum per run%s\n", kOrders, minTime,
                 quick ? " (quick)" : "");
     std::fflush(stdout);
     tvkbench::CollectingReporter reporter(!quick);

@@ -1,10 +1,12 @@
 // The work buffer: the size query, the one allocation per call when the
-// caller passes none, and independence from the buffer's content.
+// caller passes none, and independence from the buffer's content and place.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <limits>
 
 #include "counting_allocator.h"
+#include "tvkcore.h"
 #include "wht_support.h"
 
 using namespace whttest;
@@ -85,6 +87,38 @@ void bufferContentHasNoEffect(int order) {
 
 TEST_P(WhtBuffer, ContentOnEntryHasNoEffect) {
     single() ? bufferContentHasNoEffect<float>(order()) : bufferContentHasNoEffect<double>(order());
+}
+
+// The placement docs/walsh-hadamard.md recommends for speed: the buffer
+// 1 KiB past dst modulo 2 KiB, cut from a block 2 KiB larger than the query.
+uint8_t* placedBuffer(uint8_t* block, const void* dst) {
+    uintptr_t gap = ((uintptr_t)dst + 1024 - (uintptr_t)block) % 2048;
+    return block + (gap & ~(uintptr_t)15);
+}
+
+// Wherever dst lies, that buffer stays 16-byte aligned and inside its block
+// (the overrun would show in the guard bytes), and the bits are the same.
+template <class T>
+void placementHasNoEffect(int order) {
+    const std::vector<T> x = randomData<T>(order, 13);
+    const std::vector<T> want = reference(x, scaleOf<T>(order, ScaleNoDiv));
+    const int32_t bytes = bufferBytes<T>(order);
+    std::vector<T> room(x.size() + 2048);
+    for (size_t offset : {0, 1, 2, 3, 16, 100, 256, 1000, 1024, 2047}) {
+        T* dst = room.data() + offset;
+        uint8_t* block = static_cast<uint8_t*>(tvkMalloc(bytes + 2048 + 64));
+        std::memset(block, 0x5a, bytes + 2048 + 64);
+        uint8_t* buffer = placedBuffer(block, dst);
+        ASSERT_EQ(reinterpret_cast<uintptr_t>(buffer) % 16, 0u) << "dst offset " << offset;
+        ASSERT_EQ(transform(x.data(), dst, order, ScaleNoDiv, buffer), StatusOk);
+        EXPECT_TRUE(sameBits(std::vector<T>(dst, dst + x.size()), want)) << "dst offset " << offset;
+        for (int i = bytes + 2048; i < bytes + 2048 + 64; ++i) ASSERT_EQ(block[i], 0x5a) << "dst offset " << offset;
+        tvkFree(block);
+    }
+}
+
+TEST_P(WhtBuffer, PlacementHasNoEffect) {
+    single() ? placementHasNoEffect<float>(order()) : placementHasNoEffect<double>(order());
 }
 
 INSTANTIATE_TEST_SUITE_P(AllOrders, WhtBuffer, everyTypeAndOrder(), caseName);

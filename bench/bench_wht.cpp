@@ -212,7 +212,7 @@ void blockedWht(const T* src, T* dst, int order) {
     }
 }
 
-// ---- one case: an order and a type, the three routes on one signal ------------------
+// ---- one case: an order and a type, every route on one signal -----------------------
 
 // Source, destination and the two buffers in one block of pages, so that
 // where each starts within a page is fixed: the source and the destination
@@ -279,7 +279,7 @@ std::string benchmarkName(const char* type, const char* route, int order) {
 
 constexpr int kOrders = 13;
 
-// Registers the three routes of every order; a rival whose bits differ from
+// Registers every route of every order; a route whose bits differ from
 // ours is reported on stderr and counted.
 template <class T>
 int registerCases(double minTime) {

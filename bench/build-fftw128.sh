@@ -66,9 +66,9 @@ if [ ${#missing[@]} -gt 0 ]; then
   "${sudo[@]}" apt-get install -y "${missing[@]}"
 fi
 
-source_dir=$(find "$dir/source" -maxdepth 1 -type d -name 'fftw3-*' 2>/dev/null | head -n 1)
+mkdir -p "$dir/source"
+source_dir=$(find "$dir/source" -maxdepth 1 -type d -name 'fftw3-*' | head -n 1)
 if [ -z "$source_dir" ]; then
-  mkdir -p "$dir/source"
   # The package's own patches are applied on extraction; no build dependencies
   # are needed, since the release tarball carries its generated codelets.
   (cd "$dir/source" && apt-get source fftw3)

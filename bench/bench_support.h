@@ -37,23 +37,36 @@ namespace tvkbench {
 
 // ---- the clock ------------------------------------------------------------------
 
+// The vendor, family and model of this core, from cpuid.
+struct Core {
+    bool amd = false, intel = false;
+    unsigned family = 0, model = 0;
+};
+
+inline Core thisCore() {
+    unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
+    Core core;
+    if (!__get_cpuid(0, &eax, &ebx, &ecx, &edx)) return core;
+    core.amd = ebx == 0x68747541;    // "Auth" of AuthenticAMD
+    core.intel = ebx == 0x756e6547;  // "Genu" of GenuineIntel
+    __get_cpuid(1, &eax, &ebx, &ecx, &edx);
+    const unsigned baseFamily = (eax >> 8) & 0xF;
+    core.family = baseFamily == 0xF ? baseFamily + ((eax >> 20) & 0xFF) : baseFamily;
+    core.model = ((eax >> 4) & 0xF) | (baseFamily >= 6 ? ((eax >> 16) & 0xF) << 4 : 0);
+    return core;
+}
+
 // Cycles of one `imul r32, r32` in a dependent chain on this core.  It is 3
 // on Intel cores from Core 2 on, Intel Atom cores from Silvermont on and AMD
 // cores from K8 on (Zen 1 to 5 among them), with three exceptions, told apart
 // by cpuid: AMD Bulldozer to Excavator (family 15h) take 4, the first Atom
 // cores (Bonnell and Saltwell) 5, and NetBurst Pentium 4 (family 0Fh) 10.
 inline double multiplyLatency() {
-    unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
-    if (!__get_cpuid(0, &eax, &ebx, &ecx, &edx)) return 3;
-    const bool amd = ebx == 0x68747541;    // "Auth" of AuthenticAMD
-    const bool intel = ebx == 0x756e6547;  // "Genu" of GenuineIntel
-    __get_cpuid(1, &eax, &ebx, &ecx, &edx);
-    const unsigned baseFamily = (eax >> 8) & 0xF;
-    const unsigned family = baseFamily == 0xF ? baseFamily + ((eax >> 20) & 0xFF) : baseFamily;
-    const unsigned model = ((eax >> 4) & 0xF) | (baseFamily >= 6 ? ((eax >> 16) & 0xF) << 4 : 0);
-    if (amd && family == 0x15) return 4;
-    if (intel && family == 0xF) return 10;
-    if (intel && family == 6 && (model == 0x1C || model == 0x26 || model == 0x27 || model == 0x35 || model == 0x36))
+    const Core core = thisCore();
+    if (core.amd && core.family == 0x15) return 4;
+    if (core.intel && core.family == 0xF) return 10;
+    if (core.intel && core.family == 6 &&
+        (core.model == 0x1C || core.model == 0x26 || core.model == 0x27 || core.model == 0x35 || core.model == 0x36))
         return 5;
     return 3;
 }
@@ -150,35 +163,75 @@ inline std::map<std::string, OpCounts> readOpCounts(const std::string& path) {
 
 // ---- the bound ----------------------------------------------------------------------
 
+// The floating-point ports of a core, as the least cycles of a body's
+// arithmetic: a additions and m multiplications per lane, c conversions
+// between single and double (scalar bodies only).  Two models, each measured
+// with independent instructions on the core the tables were made on.
+struct PortModel {
+    const char* core;
+    const char* formula;
+    const char* ports;
+    double (*cycles)(double a, double m, double c, bool vector);
+};
+
+// Intel (family 6, model 207): three ports, additions on two, multiplications
+// on two, one port serving both; a conversion is two micro-operations, one on
+// the port of additions alone.  Per cycle: 2 additions or 2 multiplications
+// alone, 2.5 of an even mix, 1 conversion alone, 0.9 conversion-addition
+// pairs, 2 operations of an even mix of conversions, additions and
+// multiplications.
+inline constexpr PortModel kIntelPorts{
+    "Intel, family 6",
+    "max(a/2, m/2, (a + m + 2c)/3, c, (a + c)/2, (m + c)/2)",
+    "additions issue on two ports, multiplications on two, one port\n"
+    "        serving both; a conversion is two operations, one of them on the port of\n"
+    "        additions alone.",
+    [](double a, double m, double c, bool) { return std::max({a / 2, m / 2, (a + m + 2 * c) / 3, c, (a + c) / 2, (m + c) / 2}); }};
+
+// AMD family 25 (Zen 4, model 17): two pipes of additions, two of
+// multiplications; a conversion is one operation on a pipe of additions.
+// Per cycle: 2 additions, 2 multiplications or 2 conversions alone, 2
+// conversion-addition pairs; of a mix of additions and multiplications 3.9
+// vector operations but 3.0 scalar ones (3.0 with conversions too).
+inline constexpr PortModel kZenPorts{
+    "AMD, family 25",
+    "max((a + c)/2, m/2, (a + m + c)/3) for scalar bodies, max(a/2, m/2, (a + m)/4) for vectors",
+    "additions and conversions issue on two pipes, multiplications\n"
+    "        on two others; a scalar mix of all three reaches three operations per cycle,\n"
+    "        a vector mix of additions and multiplications four.",
+    [](double a, double m, double c, bool vector) {
+        return vector ? std::max({a / 2, m / 2, (a + m) / 4}) : std::max({(a + c) / 2, m / 2, (a + m + c) / 3});
+    }};
+
+// The model of this core: the AMD one for AMD family 25, the Intel one for
+// every other core (measured on family 6 only; elsewhere it is an estimate).
+inline const PortModel& portModel() {
+    const Core core = thisCore();
+    return core.amd && core.family == 25 ? kZenPorts : kIntelPorts;
+}
+
 // No 128-bit body can run faster than this, in ns: the least cycles its
 // arithmetic needs on this core's ports, at `ghz`.  Every addition and
 // multiplication takes a lane of a vector operation, `lanes` reals per
 // operation (4 for tvk32f vectors, 2 for tvk64f vectors, 1 for scalar code);
 // a conversion between single and double (scalar bodies only) is one
-// operation.  Floating-point arithmetic issues on three ports: additions on
-// two of them, multiplications on two, one port serving both; a conversion is
-// two micro-operations, one on the port of additions alone (so at most one
-// per cycle) and one on a port of multiplications.  Independent instructions
-// on this core agree: per cycle, 2 additions alone, 2 multiplications alone,
-// 2.5 of an even mix of both, 1 conversion alone, 0.9 conversion-addition
-// pairs, 2 operations of a mix of conversions, additions and
-// multiplications in equal numbers.
+// operation.
 inline double boundNs(const OpCounts& ops, int lanes, double ghz) {
     const double a = static_cast<double>(ops.additions) / lanes, m = static_cast<double>(ops.multiplications) / lanes;
-    const double c = static_cast<double>(ops.conversions);
-    return std::max({a / 2, m / 2, (a + m + 2 * c) / 3, c, (a + c) / 2, (m + c) / 2}) / ghz;
+    return portModel().cycles(a, m, static_cast<double>(ops.conversions), lanes > 1) / ghz;
 }
 
 // The lines that explain the bound column, for the head of a results table.
 inline void printBoundNote(double ghz, const std::string& countsPath) {
-    std::printf("\nbound = max(a/2, m/2, (a + m + 2c)/3, c, (a + c)/2, (m + c)/2) cycles / %.3f GHz, with\n"
-                "        a and m the additions and multiplications per lane and c the conversions\n"
-                "        between single and double: additions issue on two ports, multiplications on\n"
-                "        two, one port serving both; a conversion is two operations, one of them on the\n"
-                "        port of additions alone.  The clock is measured by a chain of dependent integer\n"
-                "        multiplications; operation counts from %s.\n"
+    const PortModel& ports = portModel();
+    std::printf("\nbound = %s\n"
+                "        cycles / %.3f GHz, with a and m the additions and multiplications per lane\n"
+                "        and c the conversions between single and double.\n"
+                "        Ports of %s: %s\n"
+                "        The clock is measured by a chain of dependent integer multiplications;\n"
+                "        operation counts from %s.\n"
                 "        No 128-bit body can run below it on this core.\n",
-                ghz, countsPath.c_str());
+                ports.formula, ghz, ports.core, ports.ports, countsPath.c_str());
 }
 
 // ---- start-up ---------------------------------------------------------------------

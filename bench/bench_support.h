@@ -169,6 +169,8 @@ inline std::map<std::string, OpCounts> readOpCounts(const std::string& path) {
 // with independent instructions on the core the tables were made on.
 struct PortModel {
     const char* core;
+    bool amd;
+    unsigned family, model;  // of the core it was measured on
     const char* formula;
     const char* ports;
     double (*cycles)(double a, double m, double c, bool vector);
@@ -181,7 +183,10 @@ struct PortModel {
 // pairs, 2 operations of an even mix of conversions, additions and
 // multiplications.
 inline constexpr PortModel kIntelPorts{
-    "Intel, family 6",
+    "Intel family 6, model 207",
+    false,
+    6,
+    207,
     "max(a/2, m/2, (a + m + 2c)/3, c, (a + c)/2, (m + c)/2)",
     "additions issue on two ports, multiplications on two, one port\n"
     "        serving both; a conversion is two operations, one of them on the port of\n"
@@ -194,7 +199,10 @@ inline constexpr PortModel kIntelPorts{
 // conversion-addition pairs; of a mix of additions and multiplications 3.9
 // vector operations but 3.0 scalar ones (3.0 with conversions too).
 inline constexpr PortModel kZenPorts{
-    "AMD, family 25",
+    "AMD family 25, model 17",
+    true,
+    25,
+    17,
     "max((a + c)/2, m/2, (a + m + c)/3) for scalar bodies, max(a/2, m/2, (a + m)/4) for vectors",
     "additions and conversions issue on two pipes, multiplications\n"
     "        on two others; a scalar mix of all three reaches three operations per cycle,\n"
@@ -204,7 +212,8 @@ inline constexpr PortModel kZenPorts{
     }};
 
 // The model of this core: the AMD one for AMD family 25, the Intel one for
-// every other core (measured on family 6 only; elsewhere it is an estimate).
+// every other core; on a core other than the one a model was measured on,
+// the bound is an estimate.
 inline const PortModel& portModel() {
     const Core core = thisCore();
     return core.amd && core.family == 25 ? kZenPorts : kIntelPorts;
@@ -224,14 +233,19 @@ inline double boundNs(const OpCounts& ops, int lanes, double ghz) {
 // The lines that explain the bound column, for the head of a results table.
 inline void printBoundNote(double ghz, const std::string& countsPath) {
     const PortModel& ports = portModel();
+    const Core core = thisCore();
+    const bool measured = core.amd == ports.amd && core.family == ports.family && core.model == ports.model;
     std::printf("\nbound = %s\n"
                 "        cycles / %.3f GHz, with a and m the additions and multiplications per lane\n"
                 "        and c the conversions between single and double.\n"
-                "        Ports of %s: %s\n"
+                "        Ports measured on %s:\n"
+                "        %s\n"
                 "        The clock is measured by a chain of dependent integer multiplications;\n"
                 "        operation counts from %s.\n"
-                "        No 128-bit body can run below it on this core.\n",
-                ports.formula, ghz, ports.core, ports.ports, countsPath.c_str());
+                "        %s\n",
+                ports.formula, ghz, ports.core, ports.ports, countsPath.c_str(),
+                measured ? "No 128-bit body can run below it on this core."
+                         : "An estimate on this core: the model was measured on another one.");
 }
 
 // ---- start-up ---------------------------------------------------------------------

@@ -37,22 +37,26 @@ namespace tvkbench {
 
 // ---- the clock ------------------------------------------------------------------
 
-// The vendor, family and model of this core, from cpuid.
+// The vendor, family and model of this core, from cpuid (read once: on a
+// virtual machine every cpuid is a trip to the host).
 struct Core {
     bool amd = false, intel = false;
     unsigned family = 0, model = 0;
 };
 
-inline Core thisCore() {
-    unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
-    Core core;
-    if (!__get_cpuid(0, &eax, &ebx, &ecx, &edx)) return core;
-    core.amd = ebx == 0x68747541;    // "Auth" of AuthenticAMD
-    core.intel = ebx == 0x756e6547;  // "Genu" of GenuineIntel
-    __get_cpuid(1, &eax, &ebx, &ecx, &edx);
-    const unsigned baseFamily = (eax >> 8) & 0xF;
-    core.family = baseFamily == 0xF ? baseFamily + ((eax >> 20) & 0xFF) : baseFamily;
-    core.model = ((eax >> 4) & 0xF) | (baseFamily >= 6 ? ((eax >> 16) & 0xF) << 4 : 0);
+inline const Core& thisCore() {
+    static const Core core = [] {
+        unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
+        Core c;
+        if (!__get_cpuid(0, &eax, &ebx, &ecx, &edx)) return c;
+        c.amd = ebx == 0x68747541;    // "Auth" of AuthenticAMD
+        c.intel = ebx == 0x756e6547;  // "Genu" of GenuineIntel
+        __get_cpuid(1, &eax, &ebx, &ecx, &edx);
+        const unsigned baseFamily = (eax >> 8) & 0xF;
+        c.family = baseFamily == 0xF ? baseFamily + ((eax >> 20) & 0xFF) : baseFamily;
+        c.model = ((eax >> 4) & 0xF) | (baseFamily >= 6 ? ((eax >> 16) & 0xF) << 4 : 0);
+        return c;
+    }();
     return core;
 }
 
@@ -62,7 +66,7 @@ inline Core thisCore() {
 // by cpuid: AMD Bulldozer to Excavator (family 15h) take 4, the first Atom
 // cores (Bonnell and Saltwell) 5, and NetBurst Pentium 4 (family 0Fh) 10.
 inline double multiplyLatency() {
-    const Core core = thisCore();
+    const Core& core = thisCore();
     if (core.amd && core.family == 0x15) return 4;
     if (core.intel && core.family == 0xF) return 10;
     if (core.intel && core.family == 6 &&
@@ -215,7 +219,7 @@ inline constexpr PortModel kZenPorts{
 // every other core; on a core other than the one a model was measured on,
 // the bound is an estimate.
 inline const PortModel& portModel() {
-    const Core core = thisCore();
+    const Core& core = thisCore();
     return core.amd && core.family == 25 ? kZenPorts : kIntelPorts;
 }
 
@@ -233,7 +237,7 @@ inline double boundNs(const OpCounts& ops, int lanes, double ghz) {
 // The lines that explain the bound column, for the head of a results table.
 inline void printBoundNote(double ghz, const std::string& countsPath) {
     const PortModel& ports = portModel();
-    const Core core = thisCore();
+    const Core& core = thisCore();
     const bool measured = core.amd == ports.amd && core.family == ports.family && core.model == ports.model;
     std::printf("\nbound = %s\n"
                 "        cycles / %.3f GHz, with a and m the additions and multiplications per lane\n"

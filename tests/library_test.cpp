@@ -128,6 +128,37 @@ TEST(InstructionSet, NothingNewerThanSse3AndNoVex) {
     for (const auto& [mnemonic, count] : rejected) ADD_FAILURE() << mnemonic << " used " << count << " times";
 }
 
+// The real DFT and Hartley bodies, and the scalar orders and lengths of the
+// other families, are scalar code on single elements: no packed arithmetic
+// and no shuffles to gather packs.  g++'s vectorizer used to pack pairs of
+// their operations (mulps, unpcklps) in dozens of them.
+TEST(InstructionSet, ScalarBodiesHaveNoPackedArithmetic) {
+    const std::regex scalarBody(
+        R"(^[0-9a-f]+ <u8_tvkg(DFTFwd_RTo|DFTInv_(CCS|Pack|Perm)ToR_|Hartley_|DFT(Fwd|Inv)_CToC_[2-5]_32fc>|)"
+        R"(WHT_[1-3]_32f>|WHT_[12]_64f>))"),
+        packed(R"(^((add|sub|mul|div|min|max|sqrt|hadd|hsub|addsub)p[sd]|unpck[lh]p[sd]|shufp[sd]|movlhps|movhlps|)"
+               R"(cvtps2pd|cvtpd2ps|movddup|movsldup|movshdup)$)");
+    std::string body;
+    size_t bodies = 0;
+    std::map<std::string, int> found;
+    for (const auto& line : commandOutputLines(std::string("objdump -d --no-show-raw-insn ") + TVKTEST_LIBRARY)) {
+        if (line.empty() || line[0] != ' ') {
+            body = std::regex_search(line, scalarBody) ? line : "";
+            bodies += !body.empty();
+            continue;
+        }
+        const auto tab = line.find('\t');
+        if (body.empty() || tab == std::string::npos) continue;
+        std::istringstream rest(line.substr(tab + 1));
+        std::string mnemonic;
+        if (rest >> mnemonic && std::regex_match(mnemonic, packed)) ++found[body + " " + mnemonic];
+    }
+    // Real: 2 directions, 3 layouts, 2 types, 63 lengths; Hartley: 2 types;
+    // their 14 length switches; tvk32fc 2 to 5 both ways; 5 scalar orders.
+    EXPECT_EQ(bodies, 12u * 63 + 2u * 63 + 14u + 8u + 5u) << "not every scalar body was found";
+    for (const auto& [where, count] : found) ADD_FAILURE() << where << " used " << count << " times";
+}
+
 // The instructions of a function of the library, and how many touch the stack.
 std::pair<size_t, size_t> instructionsAndStackAccesses(const std::string& function) {
     size_t instructions = 0, stack = 0;

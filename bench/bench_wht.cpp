@@ -377,7 +377,8 @@ int main(int argc, char** argv) {
 
     const double minTime = quick ? 0.01 : 0.04;
     const int mismatches = registerCases<float>(minTime) + registerCases<double>(minTime);
-    std::printf("timing orders 1 to %d, ours (two buffer places), loop and blocked (with and without the scale), %.2f s minimum per run%s\n",
+    std::printf("timing orders 1 to %d, ours (two buffer places), loop and blocked (with and without the scale), "
+                "%.2f s minimum per run%s\n",
                 kOrders, minTime, quick ? " (quick)" : "");
     std::fflush(stdout);
     tvkbench::CollectingReporter reporter(!quick);

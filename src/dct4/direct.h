@@ -56,7 +56,7 @@ template <class T>
 void direct8(const T* x, T* y) {
     constexpr T h = DirectConstants<T>::h;
     T in[8];
-    for (int i = 0; i < 8; ++i) in[i] = x[i];
+    unroll<8>([&](auto i) TVK_UNROLLED { in[i] = element(x + i); });
     const T t0 = (in[4] + in[3]) * h, t1 = (in[4] - in[3]) * h;
     const T t2 = (in[5] + in[2]) * h, t3 = (in[5] - in[2]) * h;
     const T a = in[0] + t0, b = in[1] + t2, e = t1 - in[7], f = t3 - in[6];
@@ -102,7 +102,7 @@ template <class T>
 void direct16(const T* x, T* y) {
     constexpr T h = DirectConstants<T>::h;
     T in[16];
-    for (int i = 0; i < 16; ++i) in[i] = x[i];
+    unroll<16>([&](auto i) TVK_UNROLLED { in[i] = element(x + i); });
     T A0[4], B0[4], A1[4], B1[4];
     unroll<4>([&](auto r) TVK_UNROLLED {
         const T plus = (in[8 + r] + in[7 - r]) * h, minus = (in[8 + r] - in[7 - r]) * h;
@@ -119,7 +119,7 @@ template <class T>
 [[gnu::flatten]] void direct32(const T* x, T* y) {
     constexpr T h = DirectConstants<T>::h;
     T in[32];
-    for (int i = 0; i < 32; ++i) in[i] = x[i];
+    unroll<32>([&](auto i) TVK_UNROLLED { in[i] = element(x + i); });
     T Z[2][16];  // bin k of column r: real part at 2k, imaginary part at 2k + 1
     unroll<2>([&](auto r) TVK_UNROLLED {
         // Point t >= 0 is x[4t + r], point t = -j is x[4j - 1 - r].

@@ -97,6 +97,16 @@ template <class U>
     return value;
 }
 
+// Element p[0] of a caller's array, read by one scalar access: g++ merges
+// reads of neighbouring elements into one 16-byte load where it can, and the
+// caller's arrays are touched only element by element.
+template <class T>
+[[gnu::always_inline]] inline T element(const T* p) {
+    T value = *p;
+    asm("" : "+x"(value));
+    return value;
+}
+
 // Calls f(integral_constant<0>) .. f(integral_constant<N-1>) in order, so that
 // every index is a constant of the unrolled code.  The lambdas given to it
 // are marked TVK_UNROLLED, lest the compiler keep any of them out of line.
@@ -174,7 +184,9 @@ template <int Dir>
 }
 template <int Dir>
 [[gnu::always_inline]] inline Vec<double> gatherLanes(const double* p) {
-    return _mm_loadh_pd(_mm_load_sd(p), p + Dir);
+    __m128d low = _mm_load_sd(p);
+    asm("" : "+x"(low));  // two loads, not the one 16-byte load g++ would make of them
+    return _mm_loadh_pd(low, p + Dir);
 }
 
 // Lane l to p[Dir * l], one scalar store each.

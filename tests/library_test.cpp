@@ -128,6 +128,31 @@ TEST(InstructionSet, NothingNewerThanSse3AndNoVex) {
     for (const auto& [mnemonic, count] : rejected) ADD_FAILURE() << mnemonic << " used " << count << " times";
 }
 
+// The instructions of the library's functions whose heading matches
+// `functions`, as (function, mnemonic) of those that `flagged` picks out
+// from mnemonic and operands, counted; `matched` is the number of functions.
+std::map<std::string, int> flaggedInstructions(const std::regex& functions,
+                                               bool (*flagged)(const std::string&, const std::string&),
+                                               size_t& matched) {
+    std::string function;
+    std::map<std::string, int> found;
+    matched = 0;
+    for (const auto& line : commandOutputLines(std::string("objdump -d --no-show-raw-insn ") + TVKTEST_LIBRARY)) {
+        if (line.empty() || line[0] != ' ') {
+            function = std::regex_search(line, functions) ? line : "";
+            matched += !function.empty();
+            continue;
+        }
+        const auto tab = line.find('\t');
+        if (function.empty() || tab == std::string::npos) continue;
+        std::istringstream rest(line.substr(tab + 1));
+        std::string mnemonic, operands;
+        rest >> mnemonic >> operands;
+        if (flagged(mnemonic, operands)) ++found[function + " " + mnemonic];
+    }
+    return found;
+}
+
 // The real DFT and Hartley bodies, and the scalar orders and lengths of the
 // other families, are scalar code on single elements: no packed arithmetic
 // and no shuffles to gather packs.  g++'s vectorizer used to pack pairs of
@@ -135,24 +160,17 @@ TEST(InstructionSet, NothingNewerThanSse3AndNoVex) {
 TEST(InstructionSet, ScalarBodiesHaveNoPackedArithmetic) {
     const std::regex scalarBody(
         R"(^[0-9a-f]+ <u8_tvkg(DFTFwd_RTo|DFTInv_(CCS|Pack|Perm)ToR_|Hartley_|DFT(Fwd|Inv)_CToC_[2-5]_32fc>|)"
-        R"(WHT_[1-3]_32f>|WHT_[12]_64f>))"),
-        packed(R"(^((add|sub|mul|div|min|max|sqrt|hadd|hsub|addsub)p[sd]|unpck[lh]p[sd]|shufp[sd]|movlhps|movhlps|)"
-               R"(cvtps2pd|cvtpd2ps|movddup|movsldup|movshdup)$)");
-    std::string body;
+        R"(WHT_[1-3]_32f>|WHT_[12]_64f>))");
     size_t bodies = 0;
-    std::map<std::string, int> found;
-    for (const auto& line : commandOutputLines(std::string("objdump -d --no-show-raw-insn ") + TVKTEST_LIBRARY)) {
-        if (line.empty() || line[0] != ' ') {
-            body = std::regex_search(line, scalarBody) ? line : "";
-            bodies += !body.empty();
-            continue;
-        }
-        const auto tab = line.find('\t');
-        if (body.empty() || tab == std::string::npos) continue;
-        std::istringstream rest(line.substr(tab + 1));
-        std::string mnemonic;
-        if (rest >> mnemonic && std::regex_match(mnemonic, packed)) ++found[body + " " + mnemonic];
-    }
+    const auto found = flaggedInstructions(
+        scalarBody,
+        [](const std::string& mnemonic, const std::string&) {
+            static const std::regex packed(
+                R"(^((add|sub|mul|div|min|max|sqrt|hadd|hsub|addsub)p[sd]|unpck[lh]p[sd]|shufp[sd]|movlhps|movhlps|)"
+                R"(cvtps2pd|cvtpd2ps|movddup|movsldup|movshdup)$)");
+            return std::regex_match(mnemonic, packed);
+        },
+        bodies);
     // Real: 2 directions, 3 layouts, 2 types, 63 lengths; Hartley: 2 types;
     // their 14 length switches; tvk32fc 2 to 5 both ways; 5 scalar orders.
     EXPECT_EQ(bodies, 12u * 63 + 2u * 63 + 14u + 8u + 5u) << "not every scalar body was found";
@@ -165,26 +183,15 @@ TEST(InstructionSet, ScalarBodiesHaveNoPackedArithmetic) {
 // caller's array (g++ had merged pairs of element reads into such loads in
 // the direct kernels and the leaves, and pairs of stores in the outputs).
 TEST(InstructionSet, Dct4TouchesCallerArraysElementByElement) {
-    const std::regex engine(R"(^[0-9a-f]+ <(_ZN3tvk4dct4|u8_tvkgDCT4|u8_owngDCT4))"),
-        wide(R"(^(movups|movupd|movdqu|lddqu)$)");
-    std::string function;
     size_t functions = 0;
-    std::map<std::string, int> found;
-    for (const auto& line : commandOutputLines(std::string("objdump -d --no-show-raw-insn ") + TVKTEST_LIBRARY)) {
-        if (line.empty() || line[0] != ' ') {
-            function = std::regex_search(line, engine) ? line : "";
-            functions += !function.empty();
-            continue;
-        }
-        const auto tab = line.find('\t');
-        if (function.empty() || tab == std::string::npos) continue;
-        std::istringstream rest(line.substr(tab + 1));
-        std::string mnemonic, operands;
-        rest >> mnemonic >> operands;
-        if (std::regex_match(mnemonic, wide) && operands.find('(') != std::string::npos &&
-            operands.find("(%rsp)") == std::string::npos)
-            ++found[function + " " + mnemonic];
-    }
+    const auto found = flaggedInstructions(
+        std::regex(R"(^[0-9a-f]+ <(_ZN3tvk4dct4|u8_tvkgDCT4|u8_owngDCT4))"),
+        [](const std::string& mnemonic, const std::string& operands) {
+            static const std::regex wide(R"(^(movups|movupd|movdqu|lddqu)$)");
+            return std::regex_match(mnemonic, wide) && operands.find('(') != std::string::npos &&
+                   operands.find("(%rsp)") == std::string::npos;
+        },
+        functions);
     EXPECT_GT(functions, 50u) << "objdump gave no DCT-IV code";
     for (const auto& [where, count] : found) ADD_FAILURE() << where << " used " << count << " times";
 }

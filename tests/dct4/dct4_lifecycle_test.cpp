@@ -6,6 +6,7 @@
 #include "plan.h"
 #include "recording_allocator.h"
 
+using namespace tvktest;
 using namespace dct4test;
 
 namespace {

@@ -12,6 +12,7 @@
 #include "recording_allocator.h"
 #include "tvkcore.h"
 
+using namespace tvktest;
 using namespace dct4test;
 using namespace tvk::dct4;
 

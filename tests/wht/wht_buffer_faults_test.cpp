@@ -5,9 +5,10 @@
 // queried size.
 #include <gtest/gtest.h>
 
-#include "counting_allocator.h"
+#include "recording_allocator.h"
 #include "wht_support.h"
 
+using namespace tvktest;
 using namespace whttest;
 
 namespace {
@@ -29,12 +30,12 @@ TEST(WhtBufferFaultsDeathTest, FailedAllocationIsNotCheckedAndFaults) {
     std::vector<double> y(x.size());
     EXPECT_DEATH(
         {
-            freshAllocatorLog().exhausted = true;
+            freshAllocationLog().exhausted = true;
             tvkgWHT_13_64f(x.data(), y.data(), ScaleNoDiv, nullptr);
         },
         "");
     // The same call with memory to spare allocates, works and frees.
-    AllocatorLog& log = freshAllocatorLog();
+    AllocationLog& log = freshAllocationLog();
     EXPECT_EQ(tvkgWHT_13_64f(x.data(), y.data(), ScaleNoDiv, nullptr), StatusOk);
     EXPECT_EQ(log.sizes.size(), 1u);
     EXPECT_EQ(log.freed.size(), 1u);

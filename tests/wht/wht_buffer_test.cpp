@@ -5,10 +5,11 @@
 #include <cstring>
 #include <limits>
 
-#include "counting_allocator.h"
+#include "recording_allocator.h"
 #include "tvkcore.h"
 #include "wht_support.h"
 
+using namespace tvktest;
 using namespace whttest;
 
 namespace {
@@ -46,7 +47,7 @@ void allocatesOncePerCallWithoutBuffer(int order) {
     std::vector<T> y(x.size());
     const int32_t bytes = bufferBytes<T>(order);
 
-    AllocatorLog& log = freshAllocatorLog();
+    AllocationLog& log = freshAllocationLog();
     ASSERT_EQ(transform(x.data(), y.data(), order, ScaleNoDiv, nullptr), StatusOk);
     if (bytes == 0) {
         EXPECT_TRUE(log.sizes.empty() && log.freed.empty()) << "orders without a buffer never allocate";
@@ -58,7 +59,7 @@ void allocatesOncePerCallWithoutBuffer(int order) {
     EXPECT_EQ(log.freed[0], log.blocks[0]);
 
     std::vector<double> buffer(bytes / sizeof(double));
-    freshAllocatorLog();
+    freshAllocationLog();
     ASSERT_EQ(transform(x.data(), y.data(), order, ScaleNoDiv, reinterpret_cast<uint8_t*>(buffer.data())), StatusOk);
     EXPECT_EQ(transform(static_cast<const T*>(nullptr), y.data(), order, ScaleNoDiv, nullptr), StatusNullPtr);
     EXPECT_EQ(transform(x.data(), nullptr, order, ScaleNoDiv, nullptr), StatusNullPtr);

@@ -5,7 +5,7 @@
 
 #include "tvkcore.h"
 
-namespace dct4test {
+namespace tvktest {
 
 namespace {
 AllocationLog log;
@@ -16,22 +16,22 @@ AllocationLog& freshAllocationLog() {
     return log;
 }
 
-}  // namespace dct4test
+}  // namespace tvktest
 
 extern "C" void* tvkMalloc(int32_t size) {
     void* block = nullptr;
-    if (dct4test::log.exhausted || size < 0 || posix_memalign(&block, 64, size ? size : 1) != 0) block = nullptr;
-    dct4test::log.sizes.push_back(size);
-    dct4test::log.blocks.push_back(block);
+    if (tvktest::log.exhausted || size < 0 || posix_memalign(&block, 64, size ? size : 1) != 0) block = nullptr;
+    tvktest::log.sizes.push_back(size);
+    tvktest::log.blocks.push_back(block);
     return block;
 }
 
 extern "C" void tvkFree(void* block) {
-    dct4test::log.freed.push_back(block);
+    tvktest::log.freed.push_back(block);
     if (block) {
         uint64_t cursor;
         std::memcpy(&cursor, block, sizeof cursor);
-        dct4test::log.cursorAtFree.push_back(cursor);
+        tvktest::log.cursorAtFree.push_back(cursor);
     }
     std::free(block);
 }

@@ -1,5 +1,7 @@
 #include "algorithms/hartley.h"
 
+#include <algorithm>
+
 #include "algorithms/forms.h"
 #include "ir/mixed_precision.h"
 #include "ir/transpose.h"
@@ -92,7 +94,25 @@ std::vector<Complex> casKernel(int p, int root) {
 std::vector<HartleyPair> hartleyLastPass(PairArithmetic& c, const Plan& plan, const Signal& x, const DftOptions& opt) {
     const bool directForm = plan.kind == Plan::Kind::Direct || (plan.kind == Plan::Kind::Small && plan.n % 2);
     if (directForm) return directLastPass(c, x, opt);
-    if (plan.kind == Plan::Kind::GoodThomas || plan.kind == Plan::Kind::CooleyTukey) return joinLastPass(c, plan, x, opt);
+    const bool join = plan.kind == Plan::Kind::GoodThomas || plan.kind == Plan::Kind::CooleyTukey;
+    const bool real = std::all_of(x.begin(), x.end(), [&](const Ref& r) { return c.isReal(r); });
+    if (join && !real) {
+        // R + iI as two real signals, whose blocks end in products that the
+        // twiddles take up: h = hR - gI and g = gR + hI.
+        Signal re, im;
+        for (const Ref& r : x) {
+            const int v = c.valueOf(r);
+            re.push_back({c.lift(c.re(v)), 0});
+            im.push_back({c.lift(c.im(v)), 0});
+        }
+        const std::vector<HartleyPair> R = joinLastPass(c, plan, re, opt), I = joinLastPass(c, plan, im, opt);
+        Arithmetic& parent = c.parent();
+        std::vector<HartleyPair> out;
+        for (size_t k = 0; k < R.size(); ++k)
+            out.push_back({parent.sub(R[k].h, I[k].g), parent.add(R[k].g, I[k].h)});
+        return out;
+    }
+    if (join) return joinLastPass(c, plan, x, opt);
     const Signal X = transform(c, plan, Batch{x}, opt)[0];
     std::vector<HartleyPair> out;
     for (const Ref& r : X) out.push_back(hartleyOf(c, c.valueOf(r)));

@@ -20,7 +20,8 @@ std::vector<int> hartleyPairs(Arithmetic& real, int n, const std::vector<std::pa
 // pass of its plan.  For every k, h = Re X[k] - Im X[k] and g = Re X[k] +
 // Im X[k]; the last blocks (of p points) give them for partner outputs as
 // the sum and difference of the same two values, so the pairs pass is never
-// run.  On a real signal, h is the Hartley transform.
+// run.  On a real signal, h is the Hartley transform.  A complex signal goes
+// through a join as its real and imaginary parts, two real signals.
 struct HartleyPair {
     int h, g;
 };

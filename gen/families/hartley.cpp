@@ -133,10 +133,13 @@ public:
             plan->second = realInversePlan(n - 1);
             return hartleyRader(c, *plan, x, opt_);
         }
+        // The p-point bodies take the constants of a block's last products
+        // into the twiddles that follow them.
+        PairArithmetic folding(body_.real(), true);
         Signal in;
-        for (int v : x) in.push_back({c.lift(v), 0});
+        for (int v : x) in.push_back({folding.lift(v), 0});
         std::vector<int> y;
-        for (const HartleyPair& h : hartleyLastPass(c, *plan, in, opt_)) y.push_back(h.h);
+        for (const HartleyPair& h : hartleyLastPass(folding, *plan, in, opt_)) y.push_back(h.h);
         return y;
     }
 

@@ -56,6 +56,9 @@ public:
     virtual bool isReal(const Ref&) const { return false; }
     // Whether single values are multiplied in double (the tvk32f rule).
     virtual bool mixedPrecision() const { return false; }
+    // Whether a real value is k times another, `of`, for a constant k other
+    // than +-1 (a product that ends a block counts through its rounding).
+    virtual bool productOf(int, int&, Real&) const { return false; }
     virtual Ref conjugate(const Ref&) { throw std::logic_error("no j to conjugate"); }
 
     // Multiplies every value of a signal by its constant (ones are skipped).

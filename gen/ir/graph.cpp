@@ -75,6 +75,18 @@ bool Graph::isNegation(int id, int& of) const {
     return true;
 }
 
+bool Graph::productOf(int v, int& of, Real& k) const {
+    if (domain_ != Domain::Real) return false;
+    const bool negative = isNegation(v, v);
+    if (nodes_[v].op == Op::Narrow) v = nodes_[v].a;
+    const Node& n = nodes_[v];
+    if (n.op != Op::Mul || !n.k[0].im.isZero() || n.k[0].re.isOne() || n.k[0].re.isMinusOne()) return false;
+    // A product in double is of the widened single value.
+    of = nodes_[n.a].op == Op::Widen ? nodes_[n.a].a : n.a;
+    k = negative ? -n.k[0].re : n.k[0].re;
+    return true;
+}
+
 bool Graph::samePrecision(int a, int b) const {
     if (nodes_[a].op == Op::Zero || nodes_[b].op == Op::Zero) return true;
     if (nodes_[a].isDouble == nodes_[b].isDouble) return true;

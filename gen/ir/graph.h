@@ -85,6 +85,7 @@ public:
     bool isZero(int v) const override { return nodes_[v].op == Op::Zero; }
     // Whether a node is -x (a product by -1), and x.
     bool isNegation(int id, int& of) const;
+    bool productOf(int v, int& of, Real& k) const override;
 
     // ---- signal-level operations: lanes are assigned here ----
     // Packs a list of values into ceil(n / width) nodes, value i in lane i % width.

@@ -16,6 +16,7 @@ public:
     explicit MixedPrecision(Graph& g) : g_(g) {}
 
     bool mixedPrecision() const override { return true; }
+    bool productOf(int v, int& of, Real& k) const override { return g_.productOf(v, of, k); }
     Graph& graph() { return g_; }
     int zero() override { return g_.zero(); }
     bool isZero(int v) const override { return g_.isZero(v); }

@@ -56,7 +56,7 @@ const std::map<int, Route>& routes() {
         {24, {Pass::Pairs, "3dx(2.4)"}},
         {25, {Pass::PPoint, "5d.5d"}},
         {26, {Pass::Pairs, "13rx2"}},
-        {27, {Pass::PPoint, "(3d.3d).3d"}},
+        {27, {Pass::PPoint, "3d.(3d.3d)"}},  // 9-point blocks last, where the twiddles take up their products
         {28, {Pass::PPoint, "4x7d"}},
         {29, {Pass::Pairs, "29r"}},
         {30, {Pass::Halves, nullptr}},

@@ -370,8 +370,8 @@ constexpr const char* kRotatedHalves =
     "halves of an even length rotate the odd half with two products per output; the table's counts are those "
     "of the forward real plan with the pairs pass";
 constexpr const char* kTwentySeven =
-    "a 27-point Cooley-Tukey block takes the last products of its 9-point blocks into the twiddles that follow "
-    "them, as 18, 36 and 45 do, and still makes 2 multiplications more than the table (54 holds two blocks)";
+    "the 27-point block runs its 3-point forms first and its 9-point blocks last, whose products the twiddles "
+    "take up as in 18, 36 and 45: 4 multiplications fewer than the table (54 holds two such blocks)";
 constexpr const char* kRealDft = "the forward real plan this length ends has other counts (see the real family)";
 const std::map<int, const char*> kKnownMismatches = {
     {12, kRotatedHalves}, {13, kRealDft}, {19, kRealDft},    {20, kRotatedHalves}, {23, kRealDft},

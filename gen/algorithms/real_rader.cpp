@@ -54,22 +54,29 @@ public:
 
     // The transform of one signal of pair values whose imaginary parts are zero.
     Signal ofReal(const Signal& x) {
+        // The inner transform and the kernel fold constants into products:
+        // where a block ends in a product by a constant and the next
+        // constant follows, the two are one product.
+        PairArithmetic folding(real_, true);
         Signal u(q_);
-        for (int a = 0; a < q_; ++a) u[a] = x[powMod(plan_.root, a, p_)];
-        const Signal U = transform(pairs_, *plan_.first, Batch{u}, opt_)[0];
+        for (int a = 0; a < q_; ++a) {
+            const int sample = pairs_.re(pairs_.valueOf(x[powMod(plan_.root, a, p_)]));
+            u[a] = {folding.lift(sample), 0};
+        }
+        const Signal U = transform(folding, *plan_.first, Batch{u}, opt_)[0];
         const int x0 = pairs_.re(pairs_.valueOf(x[0]));
         auto bin = [&](int k) {
-            const int v = pairs_.valueOf(U[k]);
-            return Parts{pairs_.re(v), pairs_.im(v)};
+            const int v = folding.valueOf(U[k]);
+            return Parts{folding.re(v), folding.im(v)};
         };
         // V[k] for k = 1..h; the Hermitian ones doubled through their constant.
         std::vector<Parts> V(h_ + 1);
         for (int k = 1; k <= h_; ++k) {
             const Complex& c = kernel_[q_ - k];
             const int factor = k == h_ ? 1 : 2;
-            const int v = pairs_.narrow(pairs_.mul(pairs_.make(bin(k).re, bin(k).im),
-                                                   {Real::of(c.re.exact.mulInt(factor)), Real::of(c.im.exact.mulInt(factor))}));
-            V[k] = {pairs_.re(v), pairs_.im(v)};
+            const int v = folding.narrow(folding.mul(folding.make(bin(k).re, bin(k).im),
+                                                     {Real::of(c.re.exact.mulInt(factor)), Real::of(c.im.exact.mulInt(factor))}));
+            V[k] = {folding.re(v), folding.im(v)};
         }
         const int U0 = bin(0).re;
         const int binZero = real_.narrow(real_.sub(x0, real_.mul(U0, Complex::real(Fixed::ratio(1, q_)))));

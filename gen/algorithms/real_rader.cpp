@@ -19,6 +19,7 @@
 #include "algorithms/forms.h"
 #include "ir/mixed_precision.h"
 #include "ir/pair_arithmetic.h"
+#include "ir/product_folding.h"
 #include "ir/transpose.h"
 
 namespace gen {
@@ -57,7 +58,8 @@ public:
         // The inner transform and the kernel fold constants into products:
         // where a block ends in a product by a constant and the next
         // constant follows, the two are one product.
-        PairArithmetic folding(real_, true);
+        ProductFolding products(real_);
+        PairArithmetic folding(products);
         Signal u(q_);
         for (int a = 0; a < q_; ++a) {
             const int sample = pairs_.re(pairs_.valueOf(x[powMod(plan_.root, a, p_)]));

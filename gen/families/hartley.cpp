@@ -17,6 +17,7 @@
 #include "families/entry.h"
 #include "families/real_plans.h"
 #include "families/scalar_body.h"
+#include "ir/product_folding.h"
 
 namespace gen {
 
@@ -135,7 +136,8 @@ public:
         }
         // The p-point bodies take the constants of a block's last products
         // into the twiddles that follow them.
-        PairArithmetic folding(body_.real(), true);
+        ProductFolding products(body_.real());
+        PairArithmetic folding(products);
         Signal in;
         for (int v : x) in.push_back({folding.lift(v), 0});
         std::vector<int> y;

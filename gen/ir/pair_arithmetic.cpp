@@ -11,10 +11,6 @@ int PairArithmetic::make(int r, int i) {
 
 int PairArithmetic::times(int v, const Real& k) {
     if (k.isZero()) return parent_.zero();
-    int of;
-    Real first;
-    if (foldProducts_ && !k.isOne() && !k.isMinusOne() && parent_.productOf(v, of, first))
-        return parent_.mul(of, Complex::real(first.exact * k.exact));
     return parent_.mul(v, Complex{k, Real::ofInt(0)});
 }
 

@@ -18,12 +18,7 @@ namespace gen {
 
 class PairArithmetic : public ValueArithmetic {
 public:
-    // With `foldProducts`, a part that is itself a product u k by a constant
-    // meets a later constant t as the one product u (k t): a chain of
-    // products is rounded once, and the product u k is not made where
-    // nothing else uses it.
-    explicit PairArithmetic(Arithmetic& parent, bool foldProducts = false)
-        : parent_(parent), foldProducts_(foldProducts) {}
+    explicit PairArithmetic(Arithmetic& parent) : parent_(parent) {}
 
     // A parent value as R + j0, and R + jI.
     int lift(int parentValue) { return make(parentValue, parent_.zero()); }
@@ -50,7 +45,6 @@ private:
     int times(int parentValue, const Real& k);  // a real product, none for 0 and 1
 
     Arithmetic& parent_;
-    bool foldProducts_;
     std::vector<std::pair<int, int>> values_;
 };
 

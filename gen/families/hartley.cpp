@@ -130,14 +130,14 @@ public:
             for (int k = 0; k <= n / 2; ++k) bins.emplace_back(c.re(c.valueOf(X[k])), c.im(c.valueOf(X[k])));
             return hartleyPairs(body_.real(), n, bins);
         }
-        if (plan->kind == Plan::Kind::Rader) {
-            plan->second = realInversePlan(n - 1);
-            return hartleyRader(c, *plan, x, opt_);
-        }
         // The p-point bodies take the constants of a block's last products
-        // into the twiddles that follow them.
+        // into the constants that follow them (twiddles, a Rader kernel).
         ProductFolding products(body_.real());
         PairArithmetic folding(products);
+        if (plan->kind == Plan::Kind::Rader) {
+            plan->second = realInversePlan(n - 1);
+            return hartleyRader(folding, *plan, x, opt_);
+        }
         Signal in;
         for (int v : x) in.push_back({folding.lift(v), 0});
         std::vector<int> y;

@@ -17,6 +17,7 @@
 #include "families/entry.h"
 #include "families/real_plans.h"
 #include "families/scalar_body.h"
+#include "ir/product_folding.h"
 #include "ir/transpose.h"
 
 namespace gen {
@@ -92,12 +93,15 @@ void buildForward(ScalarBody& body, const Plan& plan, Layout layout) {
 
 // The transpose of the forward network of `plan`, seeded with the bins: the
 // parts of bins 1 to K are doubled, merged into the first product where they
-// meet one before a sum.
+// meet one before a sum.  The network takes a block's last products into the
+// constants after them (the sine parts of 3-point blocks into the twiddles
+// of 9-point ones), which the table counts that way.
 void buildInverse(ScalarBody& body, const Plan& plan, Layout layout, bool single) {
     const int n = plan.n;
     Graph network(1, Domain::Real);
     MixedPrecision mixed(network);
-    PairArithmetic pairs(single ? static_cast<Arithmetic&>(mixed) : network);
+    ProductFolding products(single ? static_cast<Arithmetic&>(mixed) : network);
+    PairArithmetic pairs(products);
     std::vector<int> x;
     for (int i = 0; i < n; ++i) x.push_back(network.input({i, -1, -1, -1}));
     const auto bins = forwardBins(pairs, plan, x);

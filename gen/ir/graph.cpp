@@ -77,7 +77,9 @@ bool Graph::isNegation(int id, int& of) const {
 
 bool Graph::productOf(int v, int& of, Real& k) const {
     if (domain_ != Domain::Real) return false;
-    const bool negative = isNegation(v, v);
+    int negated;
+    const bool negative = isNegation(v, negated);
+    if (negative) v = negated;
     if (nodes_[v].op == Op::Narrow) v = nodes_[v].a;
     const Node& n = nodes_[v];
     if (n.op != Op::Mul || !n.k[0].im.isZero() || n.k[0].re.isOne() || n.k[0].re.isMinusOne()) return false;

@@ -1,8 +1,9 @@
 // A decorator over real values that multiplies a product by a constant as
 // one product: (u k) t is u (k t), rounded once, and u k is not made where
 // nothing else uses it.  Bodies whose tables count a block's last product
-// and the constant that follows it as one (the Hartley 3-point passes, the
-// real Rader forms) compute through it.
+// and the constant that follows it as one compute through it: the Hartley
+// p-point passes, the real Rader forms, and the forward network that a real
+// inverse body transposes.
 #pragma once
 
 #include "ir/value_arithmetic.h"
